@@ -1,0 +1,31 @@
+// Helpers shared by the suites: files, commands and captured output.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qvstest {
+
+// Whole content of a file; "" when it cannot be read. exists() tells apart.
+std::string read_file(const std::string &path);
+bool exists(const std::string &path);
+void write_file(const std::string &path, const std::string &content);
+// Runs a shell command, returns its standard output (and sets *status).
+std::string run(const std::string &cmd, int *status = nullptr);
+// True inside qvs-sandbox (tests refuse to touch a host outside it).
+bool in_sandbox();
+
+// Captures what is written to a standard stream (fd 1 or 2) while alive.
+class CaptureFd {
+public:
+    explicit CaptureFd(int fd);
+    ~CaptureFd();
+    std::string text();  // stops capturing and returns what was written
+private:
+    int fd_, saved_, pipe_rd_;
+    std::string path_;
+    bool done_ = false;
+    std::string text_;
+};
+
+}  // namespace qvstest
