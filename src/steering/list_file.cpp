@@ -1,0 +1,28 @@
+#include "steering/list_file.hpp"
+
+#include <cctype>
+#include <cstring>
+
+#include "core/command.hpp"
+
+namespace qvs::steering {
+
+int find_line_in_file(const char *path, const char *needle) {
+    File f(path, "r");
+    if (!f) return 0;
+    char line[1024];
+    int number = 0;
+    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
+        ++number;
+        if (std::strstr(line, needle) != nullptr) return number;
+    }
+    return 0;
+}
+
+char *str_tolower(char *text) {
+    for (char *p = text; *p != '\0'; ++p)
+        *p = static_cast<char>(std::tolower(static_cast<unsigned char>(*p)));
+    return text;
+}
+
+}  // namespace qvs::steering
