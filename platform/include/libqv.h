@@ -106,7 +106,7 @@ typedef struct {
     uint8_t ConnectionUp;              /* connection state flag: 1 = Connected */
     char Name[64];
     char X_QV_ServiceList[32];         /* "TR069", "INTERNET", "TR069_INTERNET", ... */
-    char X_QV_LanInterface[256];       /* bound LAN/SSID interfaces, comma separated paths */
+    char X_QV_LanInterface[1026];      /* bound LAN interfaces: comma-separated object paths, up to 1025 characters */
     char X_QV_IfName[32];              /* kernel interface, e.g. "nas0_0" */
 } QVS_WAN_CONN_REC;
 
