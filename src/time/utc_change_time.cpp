@@ -13,10 +13,13 @@ namespace {
 
 constexpr long long kMinutesPerDay = 1440;
 
+// "%02d:%02d" of hours and minutes, cut at kConvertedTimeSize - 1 characters.
 void write_time(char *out, long long t) {
-    std::array<char, kConvertedTimeSize> text{};
+    std::array<char, 48> text{};
     std::snprintf(text.data(), text.size(), "%02lld:%02lld", t / 60, t % 60);
-    std::memcpy(out, text.data(), std::strlen(text.data()) + 1);
+    std::size_t n = strnlen(text.data(), kConvertedTimeSize - 1);
+    std::memcpy(out, text.data(), n);
+    out[n] = '\0';
 }
 
 }  // namespace
