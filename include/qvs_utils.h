@@ -105,6 +105,12 @@ QVS_API int qvsCheckDST(int year, int month, int day, int hour, int minute, int 
  * NULL. */
 QVS_API int my_settime(struct tm time, const char *zone, char *out);
 
+/* Writes the current local time stamp for alarm records into out (26
+ * bytes) and returns out. The store's time object (read through handle)
+ * gives the zone and the summer-time flag; without it (or with a zero
+ * handle, or an unusable zone) the process's own local time is used,
+ * "YYYY-MM-DDTHH:MM:SS". Never fails; returns NULL only for a NULL out. */
+QVS_API char *get_currentTime(uint32_t handle, char *out);
 
 /* ==== PON zero-configuration state ======================================== */
 
