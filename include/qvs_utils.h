@@ -141,6 +141,46 @@ QVS_API int getzeroconfiggponstate(void);
 
 /* ==== Alarms ============================================================== */
 
+/* One row of the operator's alarm definition table. */
+typedef struct {
+    uint32_t alarmCode;
+    uint8_t alarmStatus;
+    uint8_t perceivedSeverity;
+    const char *alarmDetail;
+} CU_ALARM_INFO;
+
+#define CU_ALARM_INFO_COUNT 21
+
+/* The known alarm codes with their status, severity and detail text,
+ * searched first row first (read-only). */
+extern QVS_API const CU_ALARM_INFO cu_alarmInfo[CU_ALARM_INFO_COUNT];
+
+/* Raises an alarm: logs a new entry under
+ * InternetGatewayDevice.X_CU_Function.Log.AlarmInfo.<n> (n = first free index
+ * 1..255) or refreshes the entry that already holds this code. Codes outside
+ * the table are logged with severity 0, status 0 and an empty detail.
+ * Returns 0 when logged or refreshed (also when no index was free); -1 when
+ * the store cannot be attached, the alarm object is missing, alarms are
+ * disabled (enable flag or level 0) or the code's severity is above the
+ * configured alarm level. Attaches and detaches itself. */
+QVS_API int CU_add_AlarmID(uint32_t alarmCode);
+
+/* Clears an alarm: the first entry (index 1..255) holding this code gets
+ * status 3 and the current local time as its cleared time. Returns 0 (also
+ * when no entry holds the code); -1 when the store cannot be attached. */
+QVS_API int CU_clear_AlarmID(uint32_t alarmCode);
+
+/* On an attached store: when an entry with index 1..254 holds alarmCode, sets
+ * its status to alarmStatus, its raised time to now and its cleared time to
+ * "0000-00-00T00:00:00" and returns -1. Otherwise returns the first index
+ * 1..255 without an entry, or -1 when all are taken. -1 for a zero handle. */
+QVS_API int add_AlarmInfo_Index(uint32_t handle, uint32_t alarmCode, uint8_t alarmStatus);
+
+/* On an attached store: writes NumberOfAlarmInfo = value on the alarm
+ * configuration object whose record alarmObject is (as the store returned
+ * it). Always returns 0. */
+QVS_API int update_numberofAlarmInfo(uint32_t handle, const void *alarmObject, uint32_t value);
+
 /* ==== Steering: VPN route lists =========================================== */
 
 /* ==== Steering: application route lists =================================== */
