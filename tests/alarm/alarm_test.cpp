@@ -502,6 +502,15 @@ TEST_F(AlarmTest, NoParameterListForARefreshOrAClear) {
     EXPECT_EQ(entry(1, "AlarmStatus"), "3");
 }
 
+TEST_F(AlarmTest, AFailedAddStillUpdatesTheCounterAndGivesZero) {
+    ASSERT_EQ(qvsim_fault_add("write AlarmDetail"), 0);
+    EXPECT_EQ(raise(104001), 0);
+    EXPECT_FALSE(has_entry(1)) << "the whole list failed";
+    EXPECT_EQ(simjournal::logs("update_numberofAlarmInfo"),
+              std::vector<std::string>{"5 Update NumberOfAlarmInfo=1\n"});
+    EXPECT_EQ(counter(), "1");
+}
+
 TEST_F(AlarmTest, FailedWritesDoNotChangeTheResult) {
     put_entry(1, 104001, 3);
     ASSERT_EQ(qvsim_fault_add("write"), 0);

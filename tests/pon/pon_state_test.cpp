@@ -407,6 +407,17 @@ TEST_P(PonTest, ADownConnectionLaterDoesNotUndoAnEarlierUpOne) {
     EXPECT_EQ(call(), 11);
 }
 
+TEST_P(PonTest, UnreadableConnectionObjectsCountAsMissing) {
+    set_state(up(), up().registered);
+    add_conn(174, 1, 1, "TR069", true);
+    add_conn(196, 2, 1, "TR069", true);
+    ASSERT_EQ(qvsim_fault_add("object 174"), 0);
+    set_rms(0, 0, 4, 0);
+    EXPECT_EQ(call(), 11) << "the PPP connection is still found";
+    ASSERT_EQ(qvsim_fault_add("object 196"), 0);
+    EXPECT_EQ(call(), 5);
+}
+
 TEST_P(PonTest, ConnectionsBeyondTheScannedRangeAreIgnored) {
     set_state(up(), up().registered);
     add_conn(174, 16, 1, "TR069", true);
