@@ -148,7 +148,7 @@ TEST(Faults, EveryWriteOrOneParameterFails) {
     EXPECT_EQ(qvsXml_setParameterIndirectByParaList(a.h, qvsXmlGetPtrOffset(a.h, s), list), 0);
     freeParameterList(list);
     EXPECT_EQ(s->Enable, 0);
-    EXPECT_EQ(s->X_QV_Guest_Duration, 60u);
+    EXPECT_EQ(+s->X_QV_Guest_Duration, 60u);
     EXPECT_EQ(journal_lines("set").size(), 3u);  // only the successful writes
 }
 
