@@ -95,6 +95,10 @@ char *qvsim_device_text(void);
 /* The journal: whole text (malloc'ed, free it), and clearing. */
 char *qvsim_journal_text(void);
 int qvsim_journal_clear(void);
+/* Number of journal lines of one kind ("attach", "detach", "set", "cmd",
+ * ...); a self-attaching function left nothing attached when
+ * qvsim_journal_count("attach") == qvsim_journal_count("detach"). */
+int qvsim_journal_count(const char *kind);
 
 int qvsim_fault_add(const char *fault);
 int qvsim_fault_clear(void);

@@ -38,8 +38,15 @@ TEST(Journal, RecordsAttachWritesSavesAndDetachInOrder) {
                              "save\tindirect\n"
                              "detach\t" +
                              hs + "\n");
+    EXPECT_EQ(qvsim_journal_count("attach"), 1);
+    EXPECT_EQ(qvsim_journal_count("detach"), 1);
+    EXPECT_EQ(qvsim_journal_count("set"), 2);
+    EXPECT_EQ(qvsim_journal_count("save"), 2);
+    EXPECT_EQ(qvsim_journal_count("attach-refused"), 0);
+    EXPECT_EQ(qvsim_journal_count(nullptr), -1);
     EXPECT_EQ(qvsim_journal_clear(), 0);
     EXPECT_EQ(journal(), "");
+    EXPECT_EQ(qvsim_journal_count("attach"), 0);
 }
 
 TEST(Journal, EscapesTextsAndKeepsCommandLinesWhole) {
