@@ -288,7 +288,7 @@ TEST(IsValidMac, AllZerosIsInvalid) {
     EXPECT_EQ(isValidMac(mac), 0);
 }
 
-TEST(IsValidMac, SpecialAddressesAreAccepted) {
+TEST(IsValidMac, MulticastAndOtherAddressesAreAccepted) {
     const unsigned char multicast[6] = {0x01, 0x00, 0x5e, 0x00, 0x00, 0x01};
     const unsigned char almost[6] = {0xff, 0xff, 0xff, 0xff, 0xff, 0xfe};
     const unsigned char first[6] = {0x80, 0, 0, 0, 0, 0};
