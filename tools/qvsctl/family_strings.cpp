@@ -50,7 +50,7 @@ int run_generate(char **argv) {
 
 int run_str_replace(char **argv) {
     long long size = 0;
-    if (!qvsctl::parse_int(argv[1], 1, 65536, size)) return qvsctl::kBadArgs;
+    if (!qvsctl::parse_int(argv[1], 0, 65536, size)) return qvsctl::kBadArgs;
     // The buffer holds the whole text even when it is longer than size.
     std::size_t n = std::strlen(argv[0]) + 1;
     std::vector<char> buf(n > static_cast<std::size_t>(size) ? n : static_cast<std::size_t>(size), 0);
