@@ -87,6 +87,13 @@ char *qvsim_classes_text(void);
  *                             on the base instead) or "recorded" (outside a
  *                             network namespace of the caller's own)
  *   "qos.<host index>"        "<mac> <bucket> <counter> <up> <down>"
+ *   "wifi.scan"               how the Wi-Fi driver answers a scan request
+ *                             written into a radio's "X_QV_DiagnosticsState":
+ *                             "complete" (state becomes "Complete"), "error"
+ *                             ("Error"); unset or anything else: the request
+ *                             stays pending (the default)
+ *   "wifi.scan_results"       with "complete": the radio's neighbour table
+ *                             (392) ResultNumberOfEntries becomes this
  * qvsim_device_set with a null value removes the key. */
 int qvsim_device_get(const char *key, char *out, size_t size);
 int qvsim_device_set(const char *key, const char *value);
