@@ -360,9 +360,3 @@ extern "C" char *qvsim_module_list(const char *module, int index, int type) {
     return strdup(text.c_str());
 }
 
-// Stand-in until the simulation's own state directory lands (a strong
-// definition elsewhere in the platform wins over this weak one).
-extern "C" __attribute__((weak)) const char *qvsim_dir(void) {
-    const char *d = std::getenv("QVSIM_DIR");
-    return d != nullptr && *d != '\0' ? d : "/var/qvsim";
-}
