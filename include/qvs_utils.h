@@ -123,9 +123,9 @@ QVS_API int approute_reload_route(int n);
 
 /* Writes the list's entries (each cut at its first blank) joined by ','
  * into out (size bytes, emptied first; entries that do not fit are
- * skipped). Number of entries written; -1 bad type, null out, size 0 or
+ * skipped). Number of entries written; -1 bad type, null out, size < 1 or
  * unreadable file; 0 with out untouched when the directory was missing. */
-QVS_API int approute_get_route_all(int n, unsigned int type, char *out, size_t size);
+QVS_API int approute_get_route_all(int n, unsigned int type, char *out, int size);
 
 /* Number of lines of the list file; 0 when the directory or the file is
  * missing (nothing is created) or the type is not 0, 1 or 2. */

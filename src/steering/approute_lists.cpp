@@ -366,12 +366,12 @@ int approute_reload_route(int n) {
     return 0;
 }
 
-int approute_get_route_all(int n, unsigned int type, char *out, size_t size) {
+int approute_get_route_all(int n, unsigned int type, char *out, int size) {
     DirStep step = dir_step(ListDir::kAppRoute, __func__);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
     if (file_prefix(type) == nullptr) return -1;
-    if (out == nullptr || size == 0) return -1;
+    if (out == nullptr || size < 1) return -1;
     out[0] = '\0';
     Path path;
     list_path(path, n, type);
@@ -383,7 +383,7 @@ int approute_get_route_all(int n, unsigned int type, char *out, size_t size) {
     while (std::fgets(line, sizeof line, f.get()) != nullptr) {
         line[std::strcspn(line, " \t\n")] = '\0';
         const std::size_t len = std::strlen(line);
-        if (len + used + 2 >= size) continue;
+        if (len + used + 2 >= static_cast<std::size_t>(size)) continue;
         if (count > 0) out[used++] = ',';
         std::memcpy(out + used, line, len + 1);
         used += len;

@@ -742,6 +742,8 @@ TEST_F(AppRoute, GetRouteAllResults) {
     EXPECT_STREQ(out, "untouched");
     EXPECT_EQ(approute_get_route_all(1, 0, nullptr, 32), -1);
     EXPECT_EQ(approute_get_route_all(1, 0, out, 0), -1);
+    EXPECT_EQ(approute_get_route_all(1, 0, out, -1), -1);
+    EXPECT_STREQ(out, "untouched");
     // Missing file: -1 with out emptied.
     EXPECT_EQ(approute_get_route_all(1, 2, out, sizeof out), -1);
     EXPECT_STREQ(out, "");
