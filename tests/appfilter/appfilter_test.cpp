@@ -84,6 +84,15 @@ TEST_F(AppFilter, AddAppendsToTheStoredLine) {
     EXPECT_EQ(held("appfilter", 2, 2), "a.com,b.com,c.com");
 }
 
+TEST_F(AppFilter, AnEmptyListRewritesAndReplaysTheStoredOne) {
+    make_dir();
+    seed(appfilter_add_route_iplist, 0, "10.0.0.1");
+    Text list(",,");
+    EXPECT_EQ(appfilter_add_route_iplist(0, list.get()), 0);
+    EXPECT_EQ(file(kDir + "/appfilter_ip0"), "10.0.0.1");
+    EXPECT_THAT(cmds(), ElementsAre(clr(0, 1), add(0, 1, "10.0.0.1")));
+}
+
 TEST_F(AppFilter, AddMacKeepsItemsAsGiven) {
     make_dir();
     Text list("AA-BB-CC-DD-EE-FF,11:22:33:44:55:66");

@@ -143,6 +143,16 @@ TEST_F(AppRoute, MacSearchIsAPrefixTest) {
     EXPECT_THAT(cmds(), ElementsAre(sed(2, kMac1), del(1, 3, "aa:bb")));
 }
 
+TEST_F(AppRoute, NegativeRuleIndexIsPrintedAsIs) {
+    make_dir();
+    Text ip("10.0.0.1");
+    EXPECT_EQ(approute_add_route_ip(-3, ip.get()), 0);
+    EXPECT_EQ(file(kDir + "/approute_ip-3"), "10.0.0.1\n");
+    EXPECT_THAT(cmds(), ElementsAre(add(-3, 1, "10.0.0.1")));
+    EXPECT_EQ(held("approute", -3, 1), "10.0.0.1");
+    EXPECT_EQ(approute_get_route_count(-3, 0), 1);
+}
+
 TEST_F(AppRoute, AddWithATrailingLineEnd) {
     make_dir();
     Text ip("10.9.9.9\n");
