@@ -299,6 +299,15 @@ TEST(UtcRuleBuffers, CaseDWritesTheSameWay) {
     EXPECT_EQ(std::string(r.nextWeekdays, 4), "2,1X");
 }
 
+TEST(UtcRuleBuffers, SameDayRuleCopiesWeekdaysWithoutTerminator) {
+    Rule r("+08:00", "10:00", "12:30", "1,2", 'X');
+    EXPECT_EQ(std::string(r.utcStart, 7), std::string("02:00\0X", 7));
+    EXPECT_EQ(std::string(r.utcEnd, 7), std::string("04:30\0X", 7));
+    EXPECT_EQ(std::string(r.utcWeekdays, 4), "1,2X");
+    EXPECT_TRUE(untouched(r.nextStart, kTime, 'X'));
+    EXPECT_TRUE(untouched(r.nextWeekdays, kDays, 'X'));
+}
+
 TEST(UtcRuleBuffers, UnsplitRuleLeavesTheSecondRangeAlone) {
     Rule r("-05:00", "20:00", "22:30", "5,6,7", 'X');
     EXPECT_EQ(std::string(r.utcWeekdays, 6), "6,7,1X");
