@@ -14,6 +14,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/times.h>
 #include <unistd.h>
 
 #include <md5.h>
@@ -103,10 +104,11 @@ bool resolve(const char *host, struct in_addr &addr) {
 enum class Wait { Ready, TimedOut, NotReady, Error };
 
 // Waits until the socket is readable, 30 s in all: a wait interrupted by a
-// signal goes on with the time that is left.
+// signal goes on with the time that is left (measured in the kernel's clock
+// ticks since the wait began, which a change of the wall clock does not move).
 Wait wait_readable(int fd) {
-    struct timespec start;
-    clock_gettime(CLOCK_MONOTONIC, &start);
+    const long long ticks_per_second = sysconf(_SC_CLK_TCK) > 0 ? sysconf(_SC_CLK_TCK) : 100;
+    const unsigned long start = static_cast<unsigned long>(times(nullptr));
     const long long total_ms = kReplyWaitSeconds * 1000LL;
     long long left_ms = total_ms;
     for (;;) {
@@ -118,9 +120,8 @@ Wait wait_readable(int fd) {
         if (r > 0) return (p.revents & (POLLIN | POLLHUP | POLLERR)) != 0 ? Wait::Ready : Wait::NotReady;
         if (r == 0) return Wait::TimedOut;
         if (errno != EINTR) return Wait::Error;
-        struct timespec now;
-        clock_gettime(CLOCK_MONOTONIC, &now);
-        long long spent_ms = (now.tv_sec - start.tv_sec) * 1000LL + (now.tv_nsec - start.tv_nsec) / 1000000;
+        const unsigned long now = static_cast<unsigned long>(times(nullptr));
+        const long long spent_ms = static_cast<long long>(now - start) * 1000LL / ticks_per_second;
         left_ms = total_ms - spent_ms;
         if (left_ms < 0) left_ms = 0;
     }
