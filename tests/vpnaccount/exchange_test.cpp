@@ -109,7 +109,16 @@ TEST(CreateSocketToGetAccount, SendsTheExactFrameAndReturnsTheReplyText) {
     cJSON *req = cJSON_Parse(json.c_str());
     ASSERT_NE(req, nullptr) << json;
     std::string time = cJSON_GetStringValue(cJSON_GetObjectItem(req, "time"));
+    // "Message" decodes (by openssl) to the formatted inner object.
+    std::string inner_sent = openssl_base64_decode(cJSON_GetStringValue(cJSON_GetObjectItem(req, "Message")));
     cJSON_Delete(req);
+    EXPECT_EQ(inner_sent, inner_text("vpn1", "user42"));
+    cJSON *inner_obj = cJSON_Parse(inner_sent.c_str());
+    ASSERT_NE(inner_obj, nullptr);
+    EXPECT_STREQ(cJSON_GetStringValue(cJSON_GetObjectItem(inner_obj, "CmdType")), "GET_VPN_ACCOUNT");
+    EXPECT_STREQ(cJSON_GetStringValue(cJSON_GetObjectItem(inner_obj, "tunnelName")), "vpn1");
+    EXPECT_STREQ(cJSON_GetStringValue(cJSON_GetObjectItem(inner_obj, "userId")), "user42");
+    cJSON_Delete(inner_obj);
     EXPECT_GE(time, before);
     EXPECT_LE(time, after);
     const std::string inner = inner_text("vpn1", "user42");
@@ -334,9 +343,12 @@ TEST(CreateSocketToGetAccount, WaitInterruptedBySignalsGoesOn) {
     Peer peer("127.0.0.1", 0, PeerMode::ReplyAfterRequest, frame(kGoodReply), "", 2000);
     pthread_t self = pthread_self();
     std::atomic<bool> done{false};
+    // Signals only once the request is out, while the client waits for the
+    // reply (which comes 2 s after the request).
     std::thread kicker([&] {
+        if (!peer.wait_request()) return;
         for (int i = 0; i < 4 && !done; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(400));
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
             if (!done) pthread_kill(self, SIGUSR1);
         }
     });
@@ -347,4 +359,18 @@ TEST(CreateSocketToGetAccount, WaitInterruptedBySignalsGoesOn) {
     EXPECT_GT(g_signals.load(), 0);
     EXPECT_EQ(c.result, 1) << c.out;
     EXPECT_EQ(c.reply, kGoodReply);
+}
+
+TEST(CreateSocketToGetAccount, OverLongRequestIsRefusedBeforeAnyConnection) {
+    Peer peer("127.0.0.1", 0, PeerMode::ReplyAfterRequest, frame(kGoodReply));
+    const std::string tunnel(800, 't');
+    Call c;
+    call(c, tunnel.c_str(), "user42", peer.designation().c_str());
+    peer.release();
+    EXPECT_EQ(c.result, 0);
+    EXPECT_TRUE(untouched(c));
+    EXPECT_TRUE(contains(c.out, "Message too long:"));
+    EXPECT_TRUE(contains(c.out, "constructReqData() fail ! tunnel:" + tunnel + " userId:user42 \n"));
+    EXPECT_FALSE(contains(c.out, "create Socket"));
+    EXPECT_EQ(peer.accepted(), 0);
 }

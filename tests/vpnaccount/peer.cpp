@@ -111,6 +111,17 @@ int Peer::accepted() {
     return accepted_;
 }
 
+bool Peer::wait_request() {
+    std::unique_lock<std::mutex> lock(mu_);
+    return cv_.wait_for(lock, std::chrono::seconds(60), [this] { return got_request_; });
+}
+
+void Peer::request_read() {
+    std::lock_guard<std::mutex> lock(mu_);
+    got_request_ = true;
+    cv_.notify_all();
+}
+
 bool Peer::is_released() {
     std::lock_guard<std::mutex> lock(mu_);
     return released_;
@@ -132,6 +143,7 @@ void Peer::serve() {
     switch (mode_) {
     case PeerMode::ReplyAfterRequest:
         read_request(fd, received_);
+        request_read();
         if (delay_ms_ > 0) std::this_thread::sleep_for(std::chrono::milliseconds(delay_ms_));
         send_all(fd, reply_);
         read_until(fd, received_, static_cast<std::size_t>(-1));
@@ -142,6 +154,7 @@ void Peer::serve() {
         break;
     case PeerMode::Silent: {
         read_request(fd, received_);
+        request_read();
         // Until the test lets go or the client closes: poll both.
         for (;;) {
             {
@@ -205,6 +218,17 @@ std::string openssl_md5_upper(const std::string &text) {
 }
 
 std::string openssl_base64(const std::string &bytes) { return through_openssl(bytes, "base64 -A -in"); }
+
+std::string openssl_base64_decode(const std::string &text) {
+    static int serial = 0;
+    std::string path = "/tmp/vpntest-b64-" + std::to_string(getpid()) + "-" + std::to_string(serial++);
+    qvstest::write_file(path, text + "\n");
+    int status = -1;
+    std::string out = qvstest::run("openssl base64 -d -A -in " + path, &status);
+    unlink(path.c_str());
+    EXPECT_EQ(status, 0);
+    return out;
+}
 
 std::string inner_text(const std::string &tunnel, const std::string &user) {
     return "{\n\t\"CmdType\":\t\"GET_VPN_ACCOUNT\",\n\t\"tunnelName\":\t\"" + tunnel + "\",\n\t\"userId\":\t\"" +

@@ -31,6 +31,8 @@ public:
 
     std::uint16_t port() const { return port_; }
     std::string designation() const;  // "ip:port"
+    // Waits (up to a minute) until the server has read a whole request.
+    bool wait_request();
     // Lets a Silent or SplitReply server go on.
     void release();
     // Waits for the server to finish and returns the bytes it received.
@@ -52,6 +54,8 @@ private:
     std::mutex mu_;
     std::condition_variable cv_;
     bool released_ = false;
+    bool got_request_ = false;
+    void request_read();
     std::thread thread_;
 };
 
@@ -61,6 +65,7 @@ std::string frame(const std::string &text);
 // Independent digests and encodings: openssl, run as a separate program.
 std::string openssl_md5_upper(const std::string &text);
 std::string openssl_base64(const std::string &bytes);
+std::string openssl_base64_decode(const std::string &text);
 
 // The formatted inner request text the client must build.
 std::string inner_text(const std::string &tunnel, const std::string &user);
