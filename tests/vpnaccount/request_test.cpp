@@ -132,6 +132,15 @@ TEST(Md5ToAscii, WritesThirtyTwoUpperCaseDigitsAndNul) {
     EXPECT_EQ(out[33], '#');
 }
 
+TEST(Md5ToAscii, NullArgumentsWriteNothing) {
+    char out[4] = "abc";
+    md5ToAscii(nullptr, out);
+    EXPECT_STREQ(out, "abc");
+    const unsigned char d[16] = {0x12};
+    md5ToAscii(d, nullptr);  // nowhere to write: returns without touching anything
+    EXPECT_EQ(d[0], 0x12);
+}
+
 TEST(Md5ToAscii, RendersTheDigestOfTheEmptyText) {
     const unsigned char d[16] = {0xd4, 0x1d, 0x8c, 0xd9, 0x8f, 0x00, 0xb2, 0x04,
                                  0xe9, 0x80, 0x09, 0x98, 0xec, 0xf8, 0x42, 0x7e};
