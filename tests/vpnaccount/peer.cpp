@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -243,7 +244,8 @@ std::string run_without_descriptors(int (*fn)(), int *result) {
         if (std::freopen(path, "w", stdout) == nullptr) _exit(1);
         struct rlimit rl = {64, 64};
         setrlimit(RLIMIT_NOFILE, &rl);
-        while (dup(0) >= 0) {
+        // Use up every descriptor (standard input may be closed, so open).
+        while (open("/dev/null", O_RDONLY) >= 0) {
         }
         int r = fn();
         std::fflush(stdout);
