@@ -323,7 +323,130 @@ QVS_API int appfilter_get_route_list(int n, int type, char *out, int size);
 
 /* ==== VPN account retrieval =============================================== */
 
+/* cJSON's object type (from cJSON.h, whose functions this library exports). */
+struct cJSON;
+
+/* Writes the hardware address of "br0" as 12 upper-case hex digits and a NUL
+ * to `mac` (at least 13 bytes). Prints "cd get_macAddr() " first. When the
+ * address cannot be read, `mac` is left as it was. Returns 0 when written,
+ * -1 otherwise (informational only; callers need not check it). */
+QVS_API int get_macAddr(char *mac);
+
+/* Writes the 16 digest bytes as 32 upper-case hex digits and a NUL to `out`
+ * (at least 33 bytes). */
+QVS_API void md5ToAscii(const unsigned char *digest, char *out);
+
+/* Adds the six members of the signed account request to `req`, in order:
+ * "RPCMethod" "Post", "Plugin_Name" "", "MD5", "time", "mac", "Message"
+ * (Base64 of the formatted inner object {"CmdType", "tunnelName", "userId"}).
+ * Progress is printed to standard output.
+ * Returns 0 on success; -1 when an argument is NULL, when the inner object
+ * cannot be created or printed, or when its formatted text is longer than
+ * 765 bytes (its Base64 would not fit the 1024-byte message buffer: such a
+ * request is refused, never cut; `req` is then left unchanged). */
+QVS_API int constructReqData(const char *tunnelName, const char *userId, struct cJSON *req);
+
+/* Sends the signed account request for `tunnelName`/`userId` over one TCP
+ * connection to `proxy` ("host:port"; host a dotted quad or a host name; the
+ * port text is everything after the first ':', read up to its first
+ * non-digit; only the first 63 characters of `proxy` are used), frame =
+ * 4-byte big-endian length + the formatted JSON text; waits up to 30 s for
+ * one reply, reads it once (at most 2048 bytes) and copies its text after the
+ * 4-byte length prefix, up to its first NUL or the received length, to
+ * `reply` (the caller provides at least 2045 bytes). Progress is printed to
+ * standard output.
+ * Returns 1 on success; -1 when an argument is NULL or a text is empty, or
+ * the request object cannot be created; 0 on any later failure (request not
+ * built, bad designation, name lookup, socket, connect, write, time-out,
+ * read error, or the peer closing without a reply); `reply` is then
+ * untouched. */
+QVS_API int createSocketToGetAccount(const char *tunnelName, const char *userId, const char *proxy,
+                                     char *reply);
+
+/* Parses a reply text {"return_Parameter": {"CmdType": "GET_VPN_ACCOUNT",
+ * "Status": "0", "data": {"vpn_addr", "vpn_port", "vpn_user", "vpn_pwd",
+ * "account_timeout"}}} (all strings, the five non-empty) and copies the five
+ * values, unbounded, into the caller's buffers, which must each hold the
+ * corresponding value and its NUL (a reply from createSocketToGetAccount
+ * holds at most 2044 characters). Prints its progress to standard output.
+ * Returns 0 on success; -1 on any failure (an argument NULL, not JSON, a
+ * member missing, of the wrong type or value), with no buffer written. */
+QVS_API int parseRepData(const char *buf, char *vpn_addr, char *vpn_port, char *vpn_user, char *vpn_pwd,
+                         char *account_timeout);
+
 /* ==== Base64 codecs ======================================================= */
+
+/* Lenient codec, 32-bit sizes, no failures reported, no bounds checked. */
+
+/* The alphabet b64_encode writes from: 64 characters and a NUL. Writable:
+ * changing it changes the encoding of the whole process. */
+extern QVS_API char b64_chr[65];
+
+/* 6-bit value of one character: A-Z 0-25, a-z 26-51, 0-9 52-61, '+' 62,
+ * '/' 63, '=' 64, anything else 0. */
+QVS_API unsigned int b64_int(unsigned int ch);
+
+/* Encoded size of `in_size` bytes: 4 * ceil(in_size / 3) modulo 2^32, NUL not
+ * counted. */
+QVS_API unsigned int b64e_size(unsigned int in_size);
+
+/* Decoded size bound of `in_size` characters: (3 * in_size mod 2^32) >> 2. */
+QVS_API unsigned int b64d_size(unsigned int in_size);
+
+/* Encodes `len` bytes with '=' padding into `out`, which must hold
+ * b64e_size(len) + 1 bytes; NUL-terminates. Returns the characters written
+ * (without the NUL). */
+QVS_API unsigned int b64_encode(const unsigned char *in, unsigned int len, unsigned char *out);
+
+/* Decodes the whole quartets of `len` characters into `out` (at least
+ * b64d_size(len) bytes); a trailing group of 1 to 3 characters is dropped,
+ * characters outside the alphabet count as 0, a '=' third character ends the
+ * quartet after one byte, a '=' fourth after two. Writes no NUL. Returns the
+ * bytes written. */
+QVS_API unsigned int b64_decode(const unsigned char *in, unsigned int len, unsigned char *out);
+
+/* Strict, bounded codec, lengths of the size type. */
+
+#include <stdbool.h> /* bool, in C as in C++ */
+
+/* Encodes `inlen` bytes into at most `outlen` characters (cut exactly there,
+ * even inside a quartet); a NUL follows only when room is left. */
+QVS_API void base64_encode(const char *in, size_t inlen, char *out, size_t outlen);
+
+/* Encodes into a new malloc'ed, NUL-terminated block stored in *out (free()
+ * it). Returns the encoded length; 0 with *out NULL when the size overflows
+ * size_t; (size_t)-1 with *out NULL when memory is short. */
+QVS_API size_t base64_encode_alloc(const char *in, size_t inlen, char **out);
+
+/* True when `ch` is one of the 64 alphabet characters ('=' and '\n' are not). */
+QVS_API bool isbase64(char ch);
+
+/* Streaming decoder state, owned by the caller: `i` characters (0 to 4) of a
+ * quartet gathered across calls in `buf`. */
+struct base64_decode_context {
+    unsigned int i;
+    char buf[4];
+};
+
+/* Starts a decoding context (i = 0). */
+QVS_API void base64_decode_ctx_init(struct base64_decode_context *ctx);
+
+/* Decodes `inlen` characters into `out`, whose capacity is *outlen; bytes
+ * beyond it are dropped. *outlen becomes the bytes written (including those
+ * written before a fault). Without a context the input must be whole
+ * quartets, '=' only in the last one. With a context, line feeds are skipped,
+ * an incomplete quartet waits in the context for the next call, '=' may end
+ * any quartet, and a call with `inlen` 0 flushes (fails when 1 to 3
+ * characters are held). Returns true when all input was consumed. */
+QVS_API bool base64_decode_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen, char *out,
+                               size_t *outlen);
+
+/* As base64_decode_ctx into a new malloc'ed block of 3 * (inlen / 4) + 2
+ * bytes stored in *out (free() it); *outlen (if not NULL) gets the bytes
+ * decoded. Returns false (and *out NULL) on bad input; true with *out NULL
+ * when memory is short. */
+QVS_API bool base64_decode_alloc_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen,
+                                     char **out, size_t *outlen);
 
 /* ==== String helpers ====================================================== */
 

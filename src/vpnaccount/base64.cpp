@@ -1,0 +1,195 @@
+// The strict, bounded Base64 codec (base64_*): lengths in the platform's
+// size type, output cut at the caller's capacity, and a decoder that can be
+// fed in pieces (skipping line feeds) through a caller-owned context.
+#include <array>
+#include <cstdlib>
+#include <cstring>
+
+#include "qvs_utils.h"
+
+namespace qvs::base64 {
+namespace {
+
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+constexpr std::array<signed char, 256> make_table() {
+    std::array<signed char, 256> t{};
+    for (auto &v : t) v = -1;
+    for (int i = 0; i < 64; ++i) t[static_cast<unsigned char>(kAlphabet[i])] = static_cast<signed char>(i);
+    return t;
+}
+
+constexpr std::array<signed char, 256> kDecode = make_table();
+
+inline unsigned char uc(char c) { return static_cast<unsigned char>(c); }
+inline bool in_alphabet(char c) { return kDecode[uc(c)] >= 0; }
+inline unsigned value(char c) { return static_cast<unsigned>(kDecode[uc(c)]); }
+
+// Output cursor: bytes beyond the capacity are dropped, not refused.
+struct Sink {
+    char *out;
+    size_t left;
+    void put(unsigned byte) {
+        if (left != 0) {
+            *out++ = static_cast<char>(byte & 0xFFu);
+            --left;
+        }
+    }
+};
+
+// One quartet from `in`, of which `n` characters are available (more than 4
+// when decoding straight from the caller's input). Padding must end the
+// available characters exactly. Bytes are written up to the fault.
+bool decode_quartet(const char *in, size_t n, Sink &sink) {
+    if (n < 2) return false;
+    if (!in_alphabet(in[0]) || !in_alphabet(in[1])) return false;
+    sink.put((value(in[0]) << 2) | (value(in[1]) >> 4));
+    if (n == 2) return false;
+    if (in[2] == '=') {
+        if (n != 4) return false;
+        return in[3] == '=';
+    }
+    if (!in_alphabet(in[2])) return false;
+    sink.put(((value(in[1]) << 4) & 0xF0u) | (value(in[2]) >> 2));
+    if (n == 3) return false;
+    if (in[3] == '=') return n == 4;
+    if (!in_alphabet(in[3])) return false;
+    sink.put(((value(in[2]) << 6) & 0xC0u) | value(in[3]));
+    return true;
+}
+
+// Gathers the next quartet for the context path. Returns where its
+// characters are (the input itself, or the context's buffer) and sets
+// `count` to how many there are; `in` advances past what was consumed.
+const char *gather_quartet(base64_decode_context &ctx, const char *&in, const char *end, size_t &count) {
+    if (ctx.i == 4) ctx.i = 0;
+    if (ctx.i == 0) {
+        const char *start = in;
+        if (end - in >= 4 && std::memchr(start, '\n', 4) == nullptr) {
+            in += 4;
+            count = 4;
+            return start;
+        }
+    }
+    while (in < end && ctx.i < 4) {
+        char c = *in++;
+        if (c != '\n') ctx.buf[ctx.i++] = c;
+    }
+    count = ctx.i;
+    return ctx.buf;
+}
+
+}  // namespace
+}  // namespace qvs::base64
+
+using namespace qvs::base64;
+
+extern "C" {
+
+void base64_encode(const char *in, size_t inlen, char *out, size_t outlen) {
+    // Every character is checked against the capacity, so the output can end
+    // in the middle of a quartet.
+    auto emit = [&](char c) {
+        if (outlen == 0) return false;
+        *out++ = c;
+        --outlen;
+        return true;
+    };
+    while (inlen > 0) {
+        unsigned a = uc(in[0]);
+        unsigned b = inlen > 1 ? uc(in[1]) : 0u;
+        unsigned c = inlen > 2 ? uc(in[2]) : 0u;
+        if (!emit(kAlphabet[a >> 2])) return;
+        if (!emit(kAlphabet[((a << 4) & 0x30u) | (b >> 4)])) return;
+        if (!emit(inlen > 1 ? kAlphabet[((b << 2) & 0x3Cu) | (c >> 6)] : '=')) return;
+        if (!emit(inlen > 2 ? kAlphabet[c & 0x3Fu] : '=')) return;
+        if (inlen <= 3) {
+            inlen = 0;
+        } else {
+            inlen -= 3;
+            in += 3;
+        }
+    }
+    if (outlen > 0) *out = '\0';
+}
+
+size_t base64_encode_alloc(const char *in, size_t inlen, char **out) {
+    size_t encoded = ((inlen + 2) / 3) * 4;  // may wrap in the size type
+    size_t capacity = encoded + 1;
+    if (inlen > capacity) {
+        *out = nullptr;
+        return 0;
+    }
+    *out = static_cast<char *>(std::malloc(capacity));
+    if (*out == nullptr) return static_cast<size_t>(-1);
+    base64_encode(in, inlen, *out, capacity);
+    return encoded;
+}
+
+bool isbase64(char ch) { return in_alphabet(ch); }
+
+void base64_decode_ctx_init(struct base64_decode_context *ctx) { ctx->i = 0; }
+
+bool base64_decode_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen, char *out,
+                       size_t *outlen) {
+    Sink sink{out, *outlen};
+    const bool with_ctx = ctx != nullptr;
+    const bool flush = with_ctx && inlen == 0;
+    for (;;) {
+        Sink before = sink;
+        // Fast path: whole quartets straight from the input.
+        if ((!with_ctx || ctx->i == 0) && !flush) {
+            for (;;) {
+                before = sink;
+                if (!decode_quartet(in, inlen, sink)) break;
+                in += 4;
+                inlen -= 4;
+            }
+        }
+        if (inlen == 0 && !flush) break;
+        if (inlen > 0 && *in == '\n' && with_ctx) {
+            ++in;
+            --inlen;
+            continue;
+        }
+        // Undo the failed quartet's output before the slow path retries it.
+        sink = before;
+        if (!with_ctx) {
+            // The rest of the input as one quartet, in place: a bad or short
+            // tail fails here.
+            decode_quartet(in, inlen, sink);
+            break;
+        }
+        const char *end = in + inlen;
+        size_t count = 0;
+        const char *quartet = gather_quartet(*ctx, in, end, count);
+        inlen = static_cast<size_t>(end - in);
+        if (count == 0 || (count < 4 && !flush)) {
+            // A partial quartet waits in the context for the next call.
+            inlen = 0;
+            break;
+        }
+        if (!decode_quartet(quartet, count, sink)) {
+            inlen = count;  // not everything consumed: failure
+            break;
+        }
+    }
+    *outlen -= sink.left;
+    return inlen == 0;
+}
+
+bool base64_decode_alloc_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen, char **out,
+                             size_t *outlen) {
+    size_t needed = 3 * (inlen / 4) + 2;
+    *out = static_cast<char *>(std::malloc(needed));
+    if (*out == nullptr) return true;
+    if (!base64_decode_ctx(ctx, in, inlen, *out, &needed)) {
+        std::free(*out);
+        *out = nullptr;
+        return false;
+    }
+    if (outlen != nullptr) *outlen = needed;
+    return true;
+}
+
+}  // extern "C"
