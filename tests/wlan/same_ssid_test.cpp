@@ -152,6 +152,43 @@ TEST_F(SameSsid, MergeMarksFromAClearedValueWhenTheBitmapReadFails) {
     EXPECT_EQ(bitmap(9), 0x40000u);
 }
 
+TEST_F(SameSsid, MergeFromAnUnmappedSourceMarksOnlyTheTarget) {
+    EXPECT_EQ(qvs_wlan_set_same_ssid(h, 7, 2), -1003);  // external 7 is free
+    EXPECT_EQ(bitmap(9), 0x40000u);
+    EXPECT_EQ(effects(), Lines{bitmap_set(9, 0x40000)});
+    qvsim_journal_clear();
+    EXPECT_EQ(qvs_wlan_set_same_ssid(h, 20, 2), -1003);  // beyond the map
+    EXPECT_EQ(effects(), Lines{bitmap_set(9, 0x40000)});
+}
+
+TEST_F(SameSsid, MergeCopiesFullLengthNamesAndKeys) {
+    const std::string name32 = "abcdefghijklmnopqrstuvwxyz012345";
+    const std::string psk64(64, 'f');
+    const std::string pass63(63, 'p');
+    set(kName, "1", "SSID", name32);
+    set(kSec, "1", "ModeEnabled", "WPA3-SAE");
+    set(kSec, "1", "PreSharedKey", psk64);
+    set(kSec, "1", "KeyPassphrase", pass63);
+    set(kSec, "1", "SAEPassphrase", pass63);
+    qvsim_journal_clear();
+    EXPECT_EQ(qvs_wlan_set_same_ssid(h, 1, 2), 0);
+    EXPECT_EQ(name(9), name32);
+    EXPECT_EQ(sec(9, "PreSharedKey"), psk64);
+    EXPECT_EQ(sec(9, "KeyPassphrase"), pass63);
+    EXPECT_EQ(sec(9, "SAEPassphrase"), pass63);
+}
+
+TEST_F(SameSsid, MergedSsidsReadBackAsMergedUntilCancelled) {
+    EXPECT_EQ(qvs_wlan_get_same_ssid_status(h), 0);
+    EXPECT_EQ(qvs_wlan_set_same_ssid(h, 3, 4), 0);
+    EXPECT_EQ(qvs_wlan_get_same_ssid_status(h), 1);
+    EXPECT_EQ(qvs_wlan_cancel_same_ssid(h), 0);
+    EXPECT_EQ(qvs_wlan_get_same_ssid_status(h), 0);
+    EXPECT_EQ(name(2), "net2-5G");
+    EXPECT_EQ(name(10), "net2");
+    EXPECT_EQ(count_kind("save"), 2);
+}
+
 TEST_F(SameSsid, MergeWithAZeroHandleDoesNothing) {
     EXPECT_EQ(qvs_wlan_set_same_ssid(0, 1, 2), -22);
     EXPECT_EQ(journal().size(), 0u);
