@@ -13,11 +13,11 @@ constexpr char kSlotSearchName[] = "get_next_free_internal_idx";
 
 bool is_first_slot(int internal_idx) { return internal_idx == 1 || internal_idx == 9; }
 
-// Disables SSID object internal_idx; the store's result is not examined.
-void disable_ssid(Handle handle, int internal_idx) {
+// Disables one SSID object (its address built by the caller under its own
+// name); the store's result is not examined.
+void disable_ssid(Handle handle, QVS_IA ia) {
     std::uint8_t enable = 0;
-    ::qvsXml_setOneParameterByOIDIndirect(handle, QVS_OID_WIFI_SSID, QVS_IA_VALUE(1, "%d", internal_idx), "Enable",
-                                          kTypeBool, &enable);
+    ::qvsXml_setOneParameterByOIDIndirect(handle, QVS_OID_WIFI_SSID, ia, "Enable", kTypeBool, &enable);
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ int qvs_wlan_del_ssid(uint32_t handle, int ext_idx) {
         QVS_LOG(kLogError, "The first 2.4G/5G ssid can not be removed internal_ssid_index=%d\n", internal_idx);
         return kOk;  // refused, reported as success
     }
-    disable_ssid(handle, internal_idx);
+    disable_ssid(handle, QVS_IA_VALUE(1, "%d", internal_idx));
     return change_ssid_map(handle, ext_idx, 0);
 }
 
@@ -86,7 +86,7 @@ int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx) {
         QVS_LOG(kLogError, "The first 2.4G/5G ssid can not be removed internal_ssid_index=%d\n", ubus_idx);
         return kOk;  // refused, reported as success
     }
-    disable_ssid(handle, ubus_idx);
+    disable_ssid(handle, QVS_IA_VALUE(1, "%d", ubus_idx));
     // Nothing found (0) or a failed conversion (-1) frees no entry, but the
     // map is still rewritten in its 16-number form.
     return change_ssid_map(handle, qvs_wlan_get_ssididx_by_ubus_ssididx(handle, ubus_idx), 0);
