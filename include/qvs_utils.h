@@ -47,6 +47,29 @@ extern QVS_API int allow_direct_write_xmlShm;
 
 /* ==== Process PID records ================================================ */
 
+/* PID of the first process listed by "ps -ef | grep '<name>' | grep -v grep"
+ * (the name may match anywhere in a process list line: the first line whose
+ * text contains it wins; its first number is taken as the PID).
+ * Returns the PID, 0 when no process matched (a line is printed on standard
+ * output), -1 when the search could not be run (popen failed), the name is
+ * NULL, or the name holds a character that could change the shell command
+ * line (; & | ` $ < > ( ) \ ' " # or a line end; refused and logged at level
+ * 1 without running anything). The command line is cut at 511 characters. */
+QVS_API int qvs_util_get_process_pid(const char *process_name);
+
+/* Looks the name up as qvs_util_get_process_pid() does and writes the result
+ * (even 0 or -1) in decimal, without a newline, to
+ * "/tmp/process_pid_<name>.pid" (path cut at 255 characters).
+ * Returns 0 when the record was written; -1 for a NULL or empty name, a name
+ * refused as unsafe for the shell (nothing looked up, nothing written), or a
+ * record file that cannot be opened for writing. */
+QVS_API int qvs_util_recordProcessPid(const char *process_name);
+
+/* Reads the PID recorded by qvs_util_recordProcessPid() for the name.
+ * Returns the recorded number, 0 when the record exists but holds no number,
+ * -1 when there is no record or the name is NULL or empty. */
+QVS_API int qvs_util_getPidFromRecord(const char *process_name);
+
 /* ==== WLAN: SSID index map ================================================ */
 
 /* SSIDs are numbered three ways: the external index (1 to 16, as users and
@@ -202,6 +225,43 @@ QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
 /* ==== Base64 codecs ======================================================= */
 
 /* ==== String helpers ====================================================== */
+
+/* Bytes needed by generateName()'s destination for any arguments. */
+#define QVS_GENERATE_NAME_SIZE 78
+
+/* Replaces every character equal to `from` by `to` in the text, in place.
+ * Characters are compared as signed bytes (a byte above 0x7F matches only a
+ * negative `from`). A NULL or empty text is left as it is. */
+QVS_API void qvsReplace(char *str, char from, char to);
+
+/* Writes the display name of a WAN connection to dst:
+ * mode 0 "<index>_<name>_<R|B>_VID_", mode 1 "<index>_<name>_<R|B>_VID_0",
+ * mode 2 "<index>_<name>_<R|B>_VID_<vid>"; any other mode leaves dst
+ * untouched. The name is cut to 47 characters and every ',' in it becomes
+ * '_'; the letter is R when connType contains "Routed", otherwise B; the
+ * index is printed as a signed decimal number. A NULL name or connType counts
+ * as empty; a NULL dst is not written.
+ * dst must hold QVS_GENERATE_NAME_SIZE (78) bytes. Always returns 0. */
+QVS_API int generateName(unsigned int index, const char *name, const char *connType,
+                         int vid, uint8_t mode, char *dst);
+
+/* Replaces every occurrence of `from` by `to` in the text held in a buffer of
+ * `size` bytes, left to right, in place. The result is cut so that it fits:
+ * the rewrite stops once its length reaches size - strlen(to) - 1 (the first
+ * step always runs), then at most size - 1 characters are copied back, the
+ * rest of the buffer is zeroed and its last byte set to 0.
+ * Returns str. The text is returned unchanged when `from` is empty, any
+ * pointer is NULL, no work buffer of `size` bytes can be allocated, or size
+ * is smaller than strlen(to) + 1 (no room for one replacement). */
+QVS_API char *str_replace(char *str, size_t size, const char *from, const char *to);
+
+/* 1 when every character of the text is a hexadecimal digit (0-9, a-f, A-F)
+ * or the text is empty; 0 otherwise, and 0 for NULL. */
+QVS_API int qvs_is_hex_string(const char *str);
+
+/* 0 when the 6 bytes are all 0x00 or all 0xFF (or mac is NULL); 1 for any
+ * other address, multicast ones included. */
+QVS_API int isValidMac(const unsigned char *mac);
 
 #ifdef __cplusplus
 }
