@@ -81,7 +81,11 @@ char *qvsim_classes_text(void);
  *   "port.<n>.admin"          switch port n administratively up (1) / down (0)
  *   "switch.vlan"             "<defaultTCI> <vlanType>" of the last VLAN config
  *   "vlanmode"                "<vlanMode> <vlan> <vlanType> <phyIndex>" last set
- *   "netdev.<name>"           "<base> <type> <vid>" of each added device
+ *   "netdev.<name>"           "<base> <type> <vid> <kind>" of each added device;
+ *                             kind: "vlan" (a real 802.1Q sub-interface),
+ *                             "macvlan" (kernel without 802.1Q: a MAC VLAN
+ *                             on the base instead) or "recorded" (outside a
+ *                             network namespace of the caller's own)
  *   "qos.<host index>"        "<mac> <bucket> <counter> <up> <down>"
  * qvsim_device_set with a null value removes the key. */
 int qvsim_device_get(const char *key, char *out, size_t size);

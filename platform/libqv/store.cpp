@@ -31,14 +31,15 @@ namespace {
 
 // ---- instance addresses ---------------------------------------------------
 // Bits 0-15, 16-31 and 32-47 hold instance numbers 1 to 3, bits 48-49 their
-// count; bit 63 marks an address with a number outside 0 to 65535, which no
-// lookup finds.
+// count; bits 60-62 mark a level whose number lies outside 0 to 65535 and
+// bit 63 an address that did not parse: no lookup finds such an address.
 constexpr uint64_t kIaBad = 1ull << 63;
+constexpr uint64_t kIaBadLevels = 7ull << 60;
 
 QVS_IA ia_make(const Inst &inst) {
     uint64_t ia = 0;
     for (int i = 0; i < inst.count; ++i) {
-        if (inst.v[i] < 0 || inst.v[i] > 0xffff) ia |= kIaBad;
+        if (inst.v[i] < 0 || inst.v[i] > 0xffff) ia |= 1ull << (60 + i);
         ia |= (static_cast<uint64_t>(inst.v[i]) & 0xffffu) << (16 * i);
     }
     ia |= static_cast<uint64_t>(inst.count) << 48;
@@ -47,7 +48,7 @@ QVS_IA ia_make(const Inst &inst) {
 
 bool ia_inst(QVS_IA ia, Inst &inst) {
     inst = Inst();
-    if (ia & kIaBad) return false;
+    if (ia & (kIaBad | kIaBadLevels)) return false;
     inst.count = static_cast<int>((ia >> 48) & 3u);
     for (int i = 0; i < inst.count; ++i) inst.v[i] = static_cast<long>((ia >> (16 * i)) & 0xffffu);
     return true;
@@ -270,10 +271,11 @@ QVS_IA qvsXmlSetIAValue(int level, QVS_IA ia, int instance) {
     int count = static_cast<int>((ia >> 48) & 3u);
     if (count < level) count = level;
     uint64_t shift = 16u * static_cast<unsigned>(level - 1);
-    QVS_IA out = (ia & ~((0xffffull << shift) | (3ull << 48))) |
+    uint64_t bad = 1ull << (60 + level - 1);
+    QVS_IA out = (ia & ~((0xffffull << shift) | (3ull << 48) | bad)) |
                  ((static_cast<uint64_t>(static_cast<uint32_t>(instance)) & 0xffffu) << shift) |
                  (static_cast<uint64_t>(count) << 48);
-    if (instance < 0 || instance > 0xffff) out |= kIaBad;
+    if (instance < 0 || instance > 0xffff) out |= bad;
     return out;
 }
 
@@ -292,7 +294,7 @@ void *qvsXml_GetObjectByName(QVS_XMLSHM_HANDLE handle, const char *path, int fla
     const ObjClass *c = resolve_path(path, i);
     if (c == nullptr || i.count != c->levels) return nullptr;
     QVS_IA ia = ia_make(i);
-    if (ia & kIaBad) return nullptr;
+    if (ia & kIaBadLevels) return nullptr;
     std::string inst;
     c = lookup(c->oid, ia, inst);
     return c != nullptr ? record_of(*c, inst) : nullptr;
