@@ -171,6 +171,29 @@ struct Write {
     std::string stored;
 };
 
+// The Wi-Fi driver's side of a scan request: a radio's
+// "X_QV_DiagnosticsState" written with a request ("Requested",
+// "Request_Force", "Request_partial") is answered at once as the device fact
+// "wifi.scan" says: "complete" sets it to "Complete" and the radio's
+// neighbour table count to the fact "wifi.scan_results" (when set), "error"
+// sets "Error"; anything else (the default) leaves the request pending.
+void simulate_driver(const ObjClass &c, const std::string &inst, const std::vector<Write> &writes) {
+    if (c.oid != QVS_OID_WIFI_RADIO) return;
+    for (auto &w : writes) {
+        if (std::strcmp(w.field->name, "X_QV_DiagnosticsState") != 0 || w.stored.rfind("Request", 0) != 0) continue;
+        std::string mode, count;
+        if (!device_get("wifi.scan", mode)) return;
+        if (mode == "complete") {
+            param_put(kRuntime, c.oid, inst, w.field->name, "Complete");
+            if (device_get("wifi.scan_results", count) && object_exists(kRuntime, QVS_OID_WIFI_NEIGHBOR, inst))
+                param_put(kRuntime, QVS_OID_WIFI_NEIGHBOR, inst, "ResultNumberOfEntries",
+                          std::to_string(std::strtoul(count.c_str(), nullptr, 10)));
+        } else if (mode == "error") {
+            param_put(kRuntime, c.oid, inst, w.field->name, "Error");
+        }
+    }
+}
+
 // Applies writes to one instance in one transaction: all or nothing. The
 // "write" faults fail the whole batch with -1 before anything is written.
 int apply_writes(const ObjClass &c, const std::string &inst, const std::vector<Write> &writes, bool notify) {
@@ -181,6 +204,7 @@ int apply_writes(const ObjClass &c, const std::string &inst, const std::vector<W
     if (!tx.ok() || !object_exists(kRuntime, c.oid, inst)) return -1;
     for (auto &w : writes)
         if (!param_put(kRuntime, c.oid, inst, w.field->name, w.stored)) return -1;
+    simulate_driver(c, inst, writes);
     if (!tx.commit()) return -1;
     if (!notify) journal("nnotify", std::to_string(c.oid), inst);
     for (auto &w : writes) journal("set", std::to_string(c.oid), inst, w.field->name, type_text(w.type), w.given);

@@ -214,3 +214,39 @@ TEST(DeviceFaults, EveryCallCanFail) {
     EXPECT_EQ(device("port.1.admin"), "<none>");
     EXPECT_EQ(journal_lines("device").size(), 10u);
 }
+
+TEST(WifiDriver, AnswersScanRequestsAsConfigured) {
+    Attached a;
+    const char *req = "Requested";
+    char out[32] = {};
+    // By default a request stays pending.
+    EXPECT_EQ(qvsXml_setOneParameterByOIDIndirect(a.h, QVS_OID_WIFI_RADIO, ia1(1), "X_QV_DiagnosticsState",
+                                                  QVS_TYPE_STRING, req),
+              0);
+    EXPECT_EQ(get(QVS_OID_WIFI_RADIO, "1", "X_QV_DiagnosticsState"), "Requested");
+    ASSERT_EQ(qvsim_device_set("wifi.scan", "complete"), 0);
+    ASSERT_EQ(qvsim_device_set("wifi.scan_results", "14"), 0);
+    const char *force = "Request_Force";
+    EXPECT_EQ(qvsXml_setOneParameterByOIDIndirect(a.h, QVS_OID_WIFI_RADIO, ia1(2), "X_QV_DiagnosticsState",
+                                                  QVS_TYPE_STRING, force),
+              0);
+    EXPECT_EQ(qvsXml_getParameterByOID(a.h, QVS_OID_WIFI_RADIO, ia1(2), "X_QV_DiagnosticsState", out), 0);
+    EXPECT_STREQ(out, "Complete");
+    EXPECT_EQ(qvsXml_ObjectStats(QVS_OID_WIFI_NEIGHBOR, ia1(2), 6000), 14);
+    EXPECT_EQ(qvsXml_ObjectStats(QVS_OID_WIFI_NEIGHBOR, ia1(1), 6000), 0);
+    // The journal shows what the library wrote.
+    EXPECT_EQ(journal_lines("set").back(), "set\t390\t2\tX_QV_DiagnosticsState\t0xc0000000\tRequest_Force");
+    ASSERT_EQ(qvsim_device_set("wifi.scan", "error"), 0);
+    const char *partial = "Request_partial";
+    EXPECT_EQ(qvsXml_setOneParameterByOIDIndirect(a.h, QVS_OID_WIFI_RADIO, ia1(1), "X_QV_DiagnosticsState",
+                                                  QVS_TYPE_STRING, partial),
+              0);
+    EXPECT_EQ(get(QVS_OID_WIFI_RADIO, "1", "X_QV_DiagnosticsState"), "Error");
+    // Other values are kept as written.
+    const char *err = "Error";
+    ASSERT_EQ(qvsim_device_set("wifi.scan", "complete"), 0);
+    EXPECT_EQ(qvsXml_setOneParameterByOIDIndirect(a.h, QVS_OID_WIFI_RADIO, ia1(1), "X_QV_DiagnosticsState",
+                                                  QVS_TYPE_STRING, err),
+              0);
+    EXPECT_EQ(get(QVS_OID_WIFI_RADIO, "1", "X_QV_DiagnosticsState"), "Error");
+}

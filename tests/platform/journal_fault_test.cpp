@@ -38,8 +38,15 @@ TEST(Journal, RecordsAttachWritesSavesAndDetachInOrder) {
                              "save\tindirect\n"
                              "detach\t" +
                              hs + "\n");
+    EXPECT_EQ(qvsim_journal_count("attach"), 1);
+    EXPECT_EQ(qvsim_journal_count("detach"), 1);
+    EXPECT_EQ(qvsim_journal_count("set"), 2);
+    EXPECT_EQ(qvsim_journal_count("save"), 2);
+    EXPECT_EQ(qvsim_journal_count("attach-refused"), 0);
+    EXPECT_EQ(qvsim_journal_count(nullptr), -1);
     EXPECT_EQ(qvsim_journal_clear(), 0);
     EXPECT_EQ(journal(), "");
+    EXPECT_EQ(qvsim_journal_count("attach"), 0);
 }
 
 TEST(Journal, EscapesTextsAndKeepsCommandLinesWhole) {
@@ -148,7 +155,7 @@ TEST(Faults, EveryWriteOrOneParameterFails) {
     EXPECT_EQ(qvsXml_setParameterIndirectByParaList(a.h, qvsXmlGetPtrOffset(a.h, s), list), 0);
     freeParameterList(list);
     EXPECT_EQ(s->Enable, 0);
-    EXPECT_EQ(s->X_QV_Guest_Duration, 60u);
+    EXPECT_EQ(+s->X_QV_Guest_Duration, 60u);
     EXPECT_EQ(journal_lines("set").size(), 3u);  // only the successful writes
 }
 

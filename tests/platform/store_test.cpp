@@ -281,7 +281,7 @@ TEST(Records, RefreshedAfterOwnWritesAndOtherWriters) {
     // Another process writes: a new lookup shows it in the same record.
     ASSERT_EQ(qvsim_set(QVS_OID_WIFI_SSID, "2", "X_QV_Guest_Duration", "3600"), 0);
     EXPECT_EQ(qvsXml_GetObjectByOID(a.h, QVS_OID_WIFI_SSID, ia1(2), 1), s);
-    EXPECT_EQ(s->X_QV_Guest_Duration, 3600u);
+    EXPECT_EQ(+s->X_QV_Guest_Duration, 3600u);
     // Two handles of one process see one record; positions name it.
     Attached b;
     EXPECT_EQ(qvsXml_GetObjectByOID(b.h, QVS_OID_WIFI_SSID, ia1(2), 1), s);
@@ -349,7 +349,7 @@ TEST(Writes, TypeCodesConversionsAndAllOrNothing) {
     freeParameterList(list);
     auto *al = static_cast<const QVS_ALARM_INFO_REC *>(qvsXml_GetObjectByOID(a.h, QVS_OID_ALARM_INFO, ia1(1), 1));
     ASSERT_NE(al, nullptr);
-    EXPECT_EQ(al->AlarmCode, 104002u);
+    EXPECT_EQ(+al->AlarmCode, 104002u);
     EXPECT_EQ(al->AlarmStatus, -2);
     EXPECT_STREQ(al->AlarmRaisedTime, raised);
     EXPECT_STREQ(al->AlarmClearedTime, "");
@@ -363,8 +363,8 @@ TEST(Writes, TypeCodesConversionsAndAllOrNothing) {
     setParameterToList(list, "CounterID", QVS_TYPE_HOSTVALUE, &counter);
     EXPECT_EQ(qvsXml_setParameterIndirectByParaList(a.h, qvsXmlGetPtrOffset(a.h, host), list), 0);
     freeParameterList(list);
-    EXPECT_EQ(host->BucketID, 7);
-    EXPECT_EQ(host->CounterID, 9);
+    EXPECT_EQ(+host->BucketID, 7);
+    EXPECT_EQ(+host->CounterID, 9);
     // A text longer than its field is cut to the field.
     std::string longssid(50, 's');
     EXPECT_EQ(qvsXml_setOneParameterByOIDIndirect(a.h, QVS_OID_WIFI_SSID_NAME, ia1(3), "SSID", QVS_TYPE_STRING,
