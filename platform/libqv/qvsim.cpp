@@ -162,6 +162,16 @@ int qvsim_exists(int oid, const char *instance) {
     return object_exists(kRuntime, oid, inst) ? 1 : 0;
 }
 
+int qvsim_resolve(const char *path, int *oid, char *instance, size_t size) {
+    if (path == nullptr || oid == nullptr || instance == nullptr || size == 0) return -1;
+    Inst i;
+    const ObjClass *c = resolve_path(path, i);
+    if (c == nullptr || i.count != c->levels) return -1;
+    *oid = c->oid;
+    std::snprintf(instance, size, "%s", i.text().c_str());
+    return 0;
+}
+
 char *qvsim_journal_text(void) {
     std::ifstream in(qvsim_common::journal_path());
     std::stringstream ss;
