@@ -63,11 +63,21 @@ int qvsim_save(void);
 
 /* Store access by OID, instance list text and parameter name, bypassing
  * the journal. Values as text (numbers in decimal, MACs as aa:bb:..). */
+/* All return 0 on success and -1 on failure (unknown OID or parameter,
+ * instance list with the wrong number of levels, value that does not parse).
+ * qvsim_set writes only existing instances: add them first. qvsim_add_instance
+ * takes the full instance list, or the parent's (one level fewer) for the
+ * next free number. qvsim_exists gives 1 or 0. Numbers may be written in
+ * decimal or 0x hexadecimal; one-byte and 16-bit parameters keep the low
+ * bits. These change the runtime store only (see qvsim_save). */
 int qvsim_get(int oid, const char *instance, const char *param, char *out, size_t size);
 int qvsim_set(int oid, const char *instance, const char *param, const char *value);
 int qvsim_add_instance(int oid, const char *instance);
 int qvsim_delete_instance(int oid, const char *instance);
 int qvsim_exists(int oid, const char *instance);
+/* Object path ("InternetGatewayDevice.WiFi.SSID.3") to OID and instance list
+ * text ("3"); 0, or -1 for a path of no known object. */
+int qvsim_resolve(const char *path, int *oid, char *instance, size_t size);
 
 /* Whole store in the model file's format (runtime, or the saved copy when
  * saved is non-zero); the object classes with their record layouts. Both
