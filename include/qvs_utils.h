@@ -72,9 +72,139 @@ QVS_API int qvs_util_getPidFromRecord(const char *process_name);
 
 /* ==== WLAN: SSID index map ================================================ */
 
+/* SSIDs are numbered three ways: the external index (1 to 16, as users and
+ * the data model see them), the internal index (the driver slot and SSID
+ * object instance: 1 to 8 on radio 1, the 5 GHz radio; 9 to 16 on radio 2,
+ * the 2.4 GHz radio) and the ubus index of the Wi-Fi agent. The map from
+ * external to internal index is the text "X_QV_External_SSID_Map" of the
+ * Wi-Fi common object: decimal numbers joined by ",", entry k the internal
+ * index of external index k (0: free). Functions taking a handle use the
+ * caller's store handle and never attach, detach or save. */
+
+/* Reads the map into table (room for *count one-byte entries; pass 16).
+ * On success *count is the number of entries read (extra numbers ignored).
+ * 0; -22 zero handle; -1003 no Wi-Fi common object; -1000 empty map text or
+ * *count below 1 (then *count is left as passed). */
+QVS_API int qvs_wlan_get_ssid_map(uint32_t handle, uint8_t *table, int *count);
+
+/* Internal index of an external index (0 when the external index is free),
+ * or -1 when the index is below 1, the map cannot be read or holds fewer
+ * entries than the index. */
+QVS_API int qvs_wlan_get_internal_ssididx_by_ext_ssididx(uint32_t handle, int ext_idx);
+
+/* External index (first map position holding internal_idx, plus 1), or -1
+ * when the map cannot be read, internal_idx is outside 1 to 16 or no entry
+ * read holds it. */
+QVS_API int qvs_wlan_get_ext_ssididx_by_internal_ssididx(uint32_t handle, int internal_idx);
+
+/* The ubus index taken as an internal index value: the external index that
+ * maps to it (first match among all 16 positions), 0 when none does; -1 when
+ * the index is below 1, the map cannot be read or holds fewer entries than
+ * the index. */
+QVS_API int qvs_wlan_get_ssididx_by_ubus_ssididx(uint32_t handle, int ubus_idx);
+
+/* The ubus index taken as a zero-based external position: the internal index
+ * of external index ubus_idx + 1 (0 past the table's end); -1 under the same
+ * conditions as qvs_wlan_get_internal_ssididx_by_ext_ssididx. */
+QVS_API int qvs_wlan_get_internal_ssididx_by_ubus(uint32_t handle, int ubus_idx);
+
+/* Radio of an internal index: 2 for 9 to 16, 1 for anything else. */
+QVS_API int qvs_wlan_internal_ssididx_to_radioidx(int internal_idx);
+
+/* Radio of a station-side interface index: 2 for 1, 1 for anything else. */
+QVS_API int qvs_wlan_internal_staidx_to_radioidx(int sta_idx);
+
+/* Attaches to the store itself. 1 when the external index's SSID lies on
+ * radio 1 (internal 1 to 8, also when the index is unknown), 0 when it lies
+ * on radio 2 or the store cannot be attached. */
+QVS_API int qvs_wlan_get_ssid_band(int ext_idx);
+
+/* Always 1: both radios are present. */
+QVS_API int qvs_wlan_get_dual_bandsupport(void);
+
+/* Read "X_QV_SharedSSID_Map" / "X_QV_GuestSSID_Map" into table (room for
+ * *count one-byte entries; pass 16; at most 63 characters of text are read).
+ * 0 with *count the number read; -22 zero handle and -1003 no Wi-Fi common
+ * object (both set *count to 0); -1000 empty text or *count below 1 (sets
+ * *count to 0). */
+QVS_API int qvs_wlan_get_shared_ssid_list(uint32_t handle, uint8_t *table, int *count);
+QVS_API int qvs_wlan_get_guest_ssid_list(uint32_t handle, uint8_t *table, int *count);
+
+
 /* ==== WLAN: same-SSID merge and guest clean-up ============================ */
 
+/* List selectors of the shared and guest SSID lists. */
+#define QVS_WLAN_SHARED_LIST 0x10000
+#define QVS_WLAN_GUEST_LIST 0x20000
+
+/* Merges two SSIDs into one network: marks both merged (bit 0x40000 of
+ * "X_QV_SSID_Bitmap"), copies the source's network name and security
+ * settings ("ModeEnabled", the WEP group when the mode holds "WEP-", the WPA
+ * group when it holds "WPA") to the target and saves (no reply).
+ * 0; -1003 when the source's name or security object or the target's
+ * security object is missing; -14 when no parameter list can be made;
+ * -22 zero handle. The merge marks stay set on the failures. */
+QVS_API int qvs_wlan_set_same_ssid(uint32_t handle, int src_ext_idx, int dst_ext_idx);
+
+/* Clears every merge mark, renames each formerly merged SSID of internal
+ * slots 1 to 8 to its first 29 characters plus "-5G", and saves (no reply).
+ * 0; -1 zero handle. */
+QVS_API int qvs_wlan_cancel_same_ssid(uint32_t handle);
+
+/* 1 when any of the 16 SSIDs carries the merge mark, else 0; -1 zero handle. */
+QVS_API int qvs_wlan_get_same_ssid_status(uint32_t handle);
+
+/* Entry at position (1 to 16) of the shared or guest list (selector
+ * QVS_WLAN_SHARED_LIST or QVS_WLAN_GUEST_LIST), or -1 for a bad position or
+ * selector, an unreadable or empty list, or fewer entries than the position. */
+QVS_API int qvs_wlan_get_ext_ssid_idx_by_mapped_ssid_oid_idx(uint32_t handle, int position, int selector);
+
+/* Sets the entry at position (1 to 16) of the selected list to value (0
+ * clears it) and writes the list back (never saves). The entries read are
+ * written back, and up to the position when it lies beyond them. Returns the
+ * store's write result, or -1 for a bad position or selector, an unreadable
+ * or empty list, or a non-zero value the list already holds. */
+QVS_API int qvs_wlan_update_mapped_list(uint32_t handle, int position, int value, int selector);
+
+/* Tears down the guest settings of an external SSID: guest duration 0, port
+ * isolation off, disabled, guest mark (0x20000) cleared; removes it from the
+ * guest list when found at positions 1 to 15. Never saves. 0; -1 zero handle. */
+QVS_API int qvs_wlan_clean_guest_ssid_conf_by_ext_ssididx(uint32_t handle, int ext_idx);
+
+/* Number of guest SSIDs (0 to 8) on the radio of internal index
+ * internal_idx: slots 9 to 16 when it is above 8, slots 1 to 8 otherwise;
+ * -1 zero handle. */
+QVS_API int qvs_wlan_get_guest_ssid_count_per_radio(uint32_t handle, int internal_idx);
+
+/* Attaches to the store itself. Finds the WAN connection whose bound LAN
+ * interfaces hold "InternetGatewayDevice.WiFi.SSID.<ssid_idx>" (PPP before IP
+ * connections, first connection device first) and copies its interface name
+ * into ifname (the caller provides 32 bytes).
+ * 0 when found or when ifname is NULL; -1105 when none binds the SSID or the
+ * WAN device is missing; -1001 when the store cannot be attached. */
+QVS_API int qvs_wlan_get_bind_ifname_by_ssididx(int ssid_idx, char *ifname);
+
+
 /* ==== WLAN: adding and deleting SSIDs ===================================== */
+
+/* Picks the first free internal slot of a radio (band non-zero: 9 to 16,
+ * the 2.4 GHz radio; zero: 1 to 8, the 5 GHz radio), skipping slots in the
+ * map or with bit 0x80000 of "X_QV_SSID_Bitmap", and maps external index
+ * ext_idx to it (an existing entry is overwritten). Neither enables the SSID
+ * nor saves. 0; -1 zero handle, no free slot or failed map write. */
+QVS_API int qvs_wlan_add_ssid(uint32_t handle, int ext_idx, int band);
+
+/* Disables the SSID of an external index and frees the index in the map.
+ * Never saves. 0 (also when refusing to delete internal slot 1 or 9, the
+ * radios' first SSIDs); -1 zero handle, unknown or free external index, or
+ * failed map write. */
+QVS_API int qvs_wlan_del_ssid(uint32_t handle, int ext_idx);
+
+/* The same with the ubus index taken as the internal index; the external
+ * index freed is the one mapping to it (none: the map is only rewritten).
+ * 0; -1 zero handle, index below 1 or failed map write. */
+QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
+
 
 /* ==== Time: timer rules in UTC ============================================ */
 

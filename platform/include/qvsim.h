@@ -75,6 +75,9 @@ int qvsim_set(int oid, const char *instance, const char *param, const char *valu
 int qvsim_add_instance(int oid, const char *instance);
 int qvsim_delete_instance(int oid, const char *instance);
 int qvsim_exists(int oid, const char *instance);
+/* Object path ("InternetGatewayDevice.WiFi.SSID.3") to OID and instance list
+ * text ("3"); 0, or -1 for a path of no known object. */
+int qvsim_resolve(const char *path, int *oid, char *instance, size_t size);
 
 /* Whole store in the model file's format (runtime, or the saved copy when
  * saved is non-zero); the object classes with their record layouts. Both

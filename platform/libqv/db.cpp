@@ -12,6 +12,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <mutex>
 #include <string>
 
 #include "sim.hpp"
@@ -77,7 +78,7 @@ sqlite3 *open_store() {
     }
     std::string path = std::string(dir) + "/store.db";
     sqlite3 *d = nullptr;
-    if (sqlite3_open_v2(path.c_str(), &d, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
+    if (sqlite3_open_v2(path.c_str(), &d, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
                         nullptr) != SQLITE_OK) {
         std::fprintf(stderr, "qvsim: cannot open %s\n", path.c_str());
         sqlite3_close(d);
@@ -121,7 +122,12 @@ sqlite3 *open_store() {
     return d;
 }
 
+std::recursive_mutex g_api_mutex;
+
 }  // namespace
+
+ApiLock::ApiLock() { g_api_mutex.lock(); }
+ApiLock::~ApiLock() { g_api_mutex.unlock(); }
 
 bool exec(sqlite3 *d, const char *sql) {
     char *err = nullptr;

@@ -75,6 +75,7 @@ bool run_ip(const char *const argv[]) {
 extern "C" {
 
 int libqv_switchApi_ethPortName2PhyPortNum(const char *portName) {
+    qvsim::ApiLock api_lock;
     journal("device", "libqv_switchApi_ethPortName2PhyPortNum", portName != nullptr ? portName : "(null)");
     if (failing("libqv_switchApi_ethPortName2PhyPortNum") || portName == nullptr) return -1;
     if (std::strncmp(portName, "eth", 3) != 0 || portName[3] == '\0') return -1;
@@ -87,12 +88,14 @@ int libqv_switchApi_ethPortName2PhyPortNum(const char *portName) {
 }
 
 int FC_libqv_switchApi_portSetAdmin(int phyPort, int admin) {
+    qvsim::ApiLock api_lock;
     journal("device", "FC_libqv_switchApi_portSetAdmin", num(phyPort), num(admin));
     if (failing("FC_libqv_switchApi_portSetAdmin") || phyPort < 0) return -1;
     return device_put("port." + num(phyPort) + ".admin", admin ? "1" : "0") ? 0 : -1;
 }
 
 int libqv_switchApi_setVlanCfgMain(const QVS_SWITCH_VLAN_CFG *cfg) {
+    qvsim::ApiLock api_lock;
     if (cfg == nullptr) {
         journal("device", "libqv_switchApi_setVlanCfgMain", "(null)");
         return -1;
@@ -104,6 +107,7 @@ int libqv_switchApi_setVlanCfgMain(const QVS_SWITCH_VLAN_CFG *cfg) {
 
 int libqv_netApi_addDev(const char *baseName, const char *devName, int type, int vid, int arg1, int arg2, int arg3,
                         int arg4) {
+    qvsim::ApiLock api_lock;
     journal("device", "libqv_netApi_addDev", baseName != nullptr ? baseName : "(null)",
             devName != nullptr ? devName : "(null)", num(type), num(vid), num(arg1), num(arg2), num(arg3), num(arg4));
     if (failing("libqv_netApi_addDev") || !plain_ifname(baseName) || !plain_ifname(devName) || vid < 0 ||
@@ -131,6 +135,7 @@ int libqv_netApi_addDev(const char *baseName, const char *devName, int type, int
 }
 
 int libqv_netApi_remDev(const char *devName) {
+    qvsim::ApiLock api_lock;
     journal("device", "libqv_netApi_remDev", devName != nullptr ? devName : "(null)");
     if (failing("libqv_netApi_remDev") || !plain_ifname(devName)) return -1;
     std::string key = std::string("netdev.") + devName, old;
@@ -145,6 +150,7 @@ int libqv_netApi_remDev(const char *devName) {
 }
 
 int libqv_netApi_setVlanMode(int vlanMode, int vlan, int vlanType, int phyIndex) {
+    qvsim::ApiLock api_lock;
     journal("device", "libqv_netApi_setVlanMode", num(vlanMode), num(vlan), num(vlanType), num(phyIndex));
     if (failing("libqv_netApi_setVlanMode")) return -1;
     return device_put("vlanmode", num(vlanMode) + " " + num(vlan) + " " + num(vlanType) + " " + num(phyIndex)) ? 0
@@ -153,6 +159,7 @@ int libqv_netApi_setVlanMode(int vlanMode, int vlan, int vlanType, int phyIndex)
 
 int libqv_qos_hostEntryAdd(int hostIndex, const uint8_t *mac, int enable, uint32_t upLimit, uint32_t downLimit,
                            uint32_t *bucket, uint32_t *counter) {
+    qvsim::ApiLock api_lock;
     journal("device", "libqv_qos_hostEntryAdd", num(hostIndex), mac_text(mac), num(enable), num(upLimit),
             num(downLimit));
     if (failing("libqv_qos_hostEntryAdd") || mac == nullptr || bucket == nullptr || counter == nullptr) return -1;
@@ -189,6 +196,7 @@ int libqv_qos_hostEntryAdd(int hostIndex, const uint8_t *mac, int enable, uint32
 }
 
 int libqv_qos_hostEntryDel(int hostIndex, const uint8_t *mac, uint32_t *bucket, uint32_t *counter) {
+    qvsim::ApiLock api_lock;
     journal("device", "libqv_qos_hostEntryDel", num(hostIndex), mac_text(mac), bucket ? num(*bucket) : "(null)",
             counter ? num(*counter) : "(null)");
     if (failing("libqv_qos_hostEntryDel") || bucket == nullptr || counter == nullptr) return -1;
@@ -201,6 +209,7 @@ int libqv_qos_hostEntryDel(int hostIndex, const uint8_t *mac, uint32_t *bucket, 
 }
 
 static int fact_text(const char *call, const char *key, char *out) {
+    qvsim::ApiLock api_lock;
     journal("device", call);
     if (failing(call) || out == nullptr) return -1;
     std::string v;
@@ -214,6 +223,7 @@ int libqv_sys_getArea(char *area) { return fact_text("libqv_sys_getArea", "area"
 int libqv_sys_getProvince(char *province) { return fact_text("libqv_sys_getProvince", "province", province); }
 
 int libqv_sys_getCpuUsage(uint32_t *percent) {
+    qvsim::ApiLock api_lock;
     journal("device", "libqv_sys_getCpuUsage");
     if (failing("libqv_sys_getCpuUsage") || percent == nullptr) return -1;
     std::string v;

@@ -60,6 +60,7 @@ extern "C" {
 const char *qvsim_dir(void) { return qvsim_common::state_dir(); }
 
 int qvsim_reset(void) {
+    qvsim::ApiLock api_lock;
     sqlite3 *d = db();
     if (d == nullptr) return -1;
     {
@@ -81,16 +82,19 @@ int qvsim_reset(void) {
 }
 
 int qvsim_restart(void) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return -1;
     return copy_area(kSaved, kRuntime) ? 0 : -1;
 }
 
 int qvsim_save(void) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return -1;
     return copy_area(kRuntime, kSaved) ? 0 : -1;
 }
 
 int qvsim_load_model(const char *path) {
+    qvsim::ApiLock api_lock;
     if (path == nullptr || db() == nullptr) return -1;
     std::string error;
     if (!load_model_file(path, error)) {
@@ -101,6 +105,7 @@ int qvsim_load_model(const char *path) {
 }
 
 int qvsim_get(int oid, const char *instance, const char *param, char *out, size_t size) {
+    qvsim::ApiLock api_lock;
     if (param == nullptr || out == nullptr || size == 0 || db() == nullptr) return -1;
     std::string inst;
     const ObjClass *c = target(oid, instance, inst);
@@ -113,6 +118,7 @@ int qvsim_get(int oid, const char *instance, const char *param, char *out, size_
 }
 
 int qvsim_set(int oid, const char *instance, const char *param, const char *value) {
+    qvsim::ApiLock api_lock;
     if (param == nullptr || db() == nullptr) return -1;
     std::string inst;
     const ObjClass *c = target(oid, instance, inst);
@@ -133,6 +139,7 @@ int qvsim_set(int oid, const char *instance, const char *param, const char *valu
 }
 
 int qvsim_add_instance(int oid, const char *instance) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return -1;
     const ObjClass *c = find_class(oid);
     Inst i;
@@ -146,6 +153,7 @@ int qvsim_add_instance(int oid, const char *instance) {
 }
 
 int qvsim_delete_instance(int oid, const char *instance) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return -1;
     std::string inst;
     const ObjClass *c = target(oid, instance, inst);
@@ -156,13 +164,26 @@ int qvsim_delete_instance(int oid, const char *instance) {
 }
 
 int qvsim_exists(int oid, const char *instance) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return 0;
     std::string inst;
     if (target(oid, instance, inst) == nullptr) return 0;
     return object_exists(kRuntime, oid, inst) ? 1 : 0;
 }
 
+int qvsim_resolve(const char *path, int *oid, char *instance, size_t size) {
+    qvsim::ApiLock api_lock;
+    if (path == nullptr || oid == nullptr || instance == nullptr || size == 0) return -1;
+    Inst i;
+    const ObjClass *c = resolve_path(path, i);
+    if (c == nullptr || i.count != c->levels) return -1;
+    *oid = c->oid;
+    std::snprintf(instance, size, "%s", i.text().c_str());
+    return 0;
+}
+
 char *qvsim_journal_text(void) {
+    qvsim::ApiLock api_lock;
     std::ifstream in(qvsim_common::journal_path());
     std::stringstream ss;
     if (in) ss << in.rdbuf();
@@ -170,6 +191,7 @@ char *qvsim_journal_text(void) {
 }
 
 int qvsim_journal_count(const char *kind) {
+    qvsim::ApiLock api_lock;
     if (kind == nullptr) return -1;
     std::ifstream in(qvsim_common::journal_path());
     std::string line, prefix = std::string(kind) + "\t";
@@ -180,6 +202,7 @@ int qvsim_journal_count(const char *kind) {
 }
 
 int qvsim_journal_clear(void) {
+    qvsim::ApiLock api_lock;
     if (!qvsim_common::make_dirs(qvsim_common::state_dir())) return -1;
     std::FILE *f = std::fopen(qvsim_common::journal_path().c_str(), "w");
     if (f == nullptr) return -1;
@@ -188,6 +211,7 @@ int qvsim_journal_clear(void) {
 }
 
 int qvsim_fault_add(const char *fault) {
+    qvsim::ApiLock api_lock;
     if (fault == nullptr || !fault_text_valid(fault) || db() == nullptr) return -1;
     sqlite3_stmt *s = nullptr;
     if (sqlite3_prepare_v2(db(), "INSERT INTO fault(text) VALUES(?)", -1, &s, nullptr) != SQLITE_OK) return -1;
@@ -198,11 +222,13 @@ int qvsim_fault_add(const char *fault) {
 }
 
 int qvsim_fault_clear(void) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return -1;
     return exec(db(), "DELETE FROM fault;") ? 0 : -1;
 }
 
 int qvsim_device_get(const char *key, char *out, size_t size) {
+    qvsim::ApiLock api_lock;
     if (key == nullptr || out == nullptr || size == 0 || db() == nullptr) return -1;
     std::string v;
     if (!device_get(key, v)) return -1;
@@ -211,12 +237,14 @@ int qvsim_device_get(const char *key, char *out, size_t size) {
 }
 
 int qvsim_device_set(const char *key, const char *value) {
+    qvsim::ApiLock api_lock;
     if (key == nullptr || db() == nullptr) return -1;
     if (value == nullptr) return device_del(key) ? 0 : -1;
     return device_put(key, value) ? 0 : -1;
 }
 
 char *qvsim_device_text(void) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return dup_text("");
     std::string out;
     for (auto &p : device_all("")) out += p.first + " = " + p.second + "\n";
@@ -224,6 +252,7 @@ char *qvsim_device_text(void) {
 }
 
 char *qvsim_dump_text(int saved) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return dup_text("");
     int area = saved ? kSaved : kRuntime;
     std::string out;
@@ -248,6 +277,7 @@ char *qvsim_dump_text(int saved) {
 }
 
 char *qvsim_classes_text(void) {
+    qvsim::ApiLock api_lock;
     std::string out;
     std::size_t n = 0;
     const ObjClass *const *all = all_classes(n);

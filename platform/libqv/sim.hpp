@@ -15,6 +15,15 @@ namespace qvsim {
 
 using qvsim_common::journal;
 
+// Serialises the entry points within one process (threads of one caller).
+class ApiLock {
+public:
+    ApiLock();
+    ~ApiLock();
+    ApiLock(const ApiLock &) = delete;
+    ApiLock &operator=(const ApiLock &) = delete;
+};
+
 // Areas of the store: the runtime store and the saved copy.
 inline constexpr int kRuntime = 0;
 inline constexpr int kSaved = 1;

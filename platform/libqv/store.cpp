@@ -245,6 +245,7 @@ using namespace qvsim;
 extern "C" {
 
 QVS_XMLSHM_HANDLE qvs_xmlShmInit(void) {
+    qvsim::ApiLock api_lock;
     if (db() == nullptr) return 0;
     if (fault_active("attach")) {
         journal("attach-refused");
@@ -260,6 +261,7 @@ QVS_XMLSHM_HANDLE qvs_xmlShmInit(void) {
 }
 
 int qvs_xmlShmDeInit(QVS_XMLSHM_HANDLE *handle) {
+    qvsim::ApiLock api_lock;
     if (handle == nullptr) return -1;
     if (*handle == 0) return 0;
     QVS_XMLSHM_HANDLE h = *handle;
@@ -271,6 +273,7 @@ int qvs_xmlShmDeInit(QVS_XMLSHM_HANDLE *handle) {
 }
 
 QVS_IA qvsXml_ConstructIAValue(const char *file, const char *func, int line, int count, const char *format, ...) {
+    qvsim::ApiLock api_lock;
     char text[128] = {};
     if (format != nullptr) {
         va_list ap;
@@ -290,6 +293,7 @@ QVS_IA qvsXml_ConstructIAValue(const char *file, const char *func, int line, int
 }
 
 QVS_IA qvsXmlSetIAValue(int level, QVS_IA ia, int instance) {
+    qvsim::ApiLock api_lock;
     if (level == 0) level = 1;  // 0 and 1 both name the first level
     if (level < 1 || level > 3) return ia;
     int count = static_cast<int>((ia >> 48) & 3u);
@@ -304,6 +308,7 @@ QVS_IA qvsXmlSetIAValue(int level, QVS_IA ia, int instance) {
 }
 
 void *qvsXml_GetObjectByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, int flag) {
+    qvsim::ApiLock api_lock;
     (void)flag;
     if (!handle_ok(handle)) return nullptr;
     std::string inst;
@@ -312,6 +317,7 @@ void *qvsXml_GetObjectByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, int fl
 }
 
 void *qvsXml_GetObjectByName(QVS_XMLSHM_HANDLE handle, const char *path, int flag) {
+    qvsim::ApiLock api_lock;
     (void)flag;
     if (!handle_ok(handle) || path == nullptr) return nullptr;
     Inst i;
@@ -325,6 +331,7 @@ void *qvsXml_GetObjectByName(QVS_XMLSHM_HANDLE handle, const char *path, int fla
 }
 
 QVS_PTR_OFFSET qvsXmlGetPtrOffset(QVS_XMLSHM_HANDLE handle, const void *record) {
+    qvsim::ApiLock api_lock;
     if (!handle_ok(handle) || record == nullptr) return 0;
     for (std::size_t i = 0; i < g_records.size(); ++i)
         if (g_records[i].buf == record) return static_cast<QVS_PTR_OFFSET>(i + 1);
@@ -332,11 +339,13 @@ QVS_PTR_OFFSET qvsXmlGetPtrOffset(QVS_XMLSHM_HANDLE handle, const void *record) 
 }
 
 QVS_PARAM_LIST *newParameterList(void) {
+    qvsim::ApiLock api_lock;
     if (db() != nullptr && fault_active("paramlist")) return nullptr;
     return new (std::nothrow) qvs_param_list();
 }
 
 int setParameterToList(QVS_PARAM_LIST *list, const char *name, uint32_t type, const void *value) {
+    qvsim::ApiLock api_lock;
     if (list == nullptr || name == nullptr || value == nullptr) return -1;
     list->entries.push_back({name, type, value});
     return 0;
@@ -345,16 +354,19 @@ int setParameterToList(QVS_PARAM_LIST *list, const char *name, uint32_t type, co
 void freeParameterList(QVS_PARAM_LIST *list) { delete list; }
 
 int qvsXml_setParameterIndirectByParaList(QVS_XMLSHM_HANDLE handle, QVS_PTR_OFFSET pos, QVS_PARAM_LIST *list) {
+    qvsim::ApiLock api_lock;
     return apply_list(handle, pos, list, true);
 }
 
 int qvsXml_setParameterNnotify(QVS_XMLSHM_HANDLE handle, QVS_PTR_OFFSET pos, QVS_PARAM_LIST *list, int flag) {
+    qvsim::ApiLock api_lock;
     (void)flag;
     return apply_list(handle, pos, list, false);
 }
 
 int qvsXml_setOneParameterByOIDIndirect(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, const char *name,
                                         uint32_t type, const void *value) {
+    qvsim::ApiLock api_lock;
     if (!handle_ok(handle) || name == nullptr) return -1;
     std::string inst;
     const ObjClass *c = lookup(oid, ia, inst);
@@ -367,6 +379,7 @@ int qvsXml_setOneParameterByOIDIndirect(QVS_XMLSHM_HANDLE handle, int oid, QVS_I
 }
 
 int qvsXml_getParameterByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, const char *name, void *out) {
+    qvsim::ApiLock api_lock;
     if (!handle_ok(handle) || name == nullptr || out == nullptr) return -1;
     std::string inst;
     const ObjClass *c = lookup(oid, ia, inst);
@@ -412,6 +425,7 @@ int qvsXml_getParameterByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, const
 
 int qvsXml_addObjectByOIDIWithParaListIndirect(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA parent,
                                                QVS_PARAM_LIST *list) {
+    qvsim::ApiLock api_lock;
     if (!handle_ok(handle)) return -1;
     const ObjClass *c = find_class(oid);
     Inst i;
@@ -438,6 +452,7 @@ int qvsXml_addObjectByOIDIWithParaListIndirect(QVS_XMLSHM_HANDLE handle, int oid
 }
 
 int qvsXml_delObjectByOIDIAIndirect(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia) {
+    qvsim::ApiLock api_lock;
     if (!handle_ok(handle)) return -1;
     std::string inst;
     const ObjClass *c = lookup(oid, ia, inst);
@@ -450,6 +465,7 @@ int qvsXml_delObjectByOIDIAIndirect(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia
 }
 
 int qvsXml_ObjectStats(int oid, QVS_IA ia, int arg) {
+    qvsim::ApiLock api_lock;
     Inst i;
     std::string inst = ia_inst(ia, i) ? i.text() : std::string("?");
     journal("stats", std::to_string(oid), inst, std::to_string(arg));
@@ -465,6 +481,7 @@ int qvsXml_ObjectStats(int oid, QVS_IA ia, int arg) {
 }
 
 int qvsXml_SaveIndirect(QVS_XMLSHM_HANDLE handle) {
+    qvsim::ApiLock api_lock;
     if (!handle_ok(handle)) return -1;
     if (!copy_area(kRuntime, kSaved)) return -1;
     journal("save", "indirect");
@@ -472,6 +489,7 @@ int qvsXml_SaveIndirect(QVS_XMLSHM_HANDLE handle) {
 }
 
 int qvsXml_SaveNoReply(QVS_XMLSHM_HANDLE handle) {
+    qvsim::ApiLock api_lock;
     if (!handle_ok(handle)) return -1;
     if (!copy_area(kRuntime, kSaved)) return -1;
     journal("save", "noreply");
@@ -479,6 +497,7 @@ int qvsXml_SaveNoReply(QVS_XMLSHM_HANDLE handle) {
 }
 
 int qvs_eventNotify(int event, int length, const void *data) {
+    qvsim::ApiLock api_lock;
     std::string hex;
     if (data != nullptr && length > 0) {
         const unsigned char *p = static_cast<const unsigned char *>(data);

@@ -2,7 +2,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <set>
+#include <thread>
+#include <vector>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -123,4 +126,29 @@ TEST(Concurrency, FirstAttachesRacingCreateOneStore) {
     }
     EXPECT_EQ(journal_lines("set").size(), 4u);
     EXPECT_EQ(get(QVS_OID_WIFI_COMMON, "", "X_QV_External_SSID_Map"), "1,9,0,0,0,0,0,0,0,0,0,0,0,0,0,0");
+}
+
+TEST(Concurrency, ThreadsOfOneProcessAreSerialised) {
+    std::vector<std::thread> threads;
+    std::atomic<int> failures{0};
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t, &failures] {
+            for (int i = 0; i < 25; ++i) {
+                QVS_XMLSHM_HANDLE h = qvs_xmlShmInit();
+                QVS_PARAM_LIST *list = newParameterList();
+                uint32_t code = static_cast<uint32_t>(t * 100 + i);
+                setParameterToList(list, "AlarmCode", QVS_TYPE_UINT32, &code);
+                if (h == 0 || qvsXml_addObjectByOIDIWithParaListIndirect(h, QVS_OID_ALARM_INFO, 0, list) != 0)
+                    ++failures;
+                freeParameterList(list);
+                qvs_xmlShmDeInit(&h);
+            }
+        });
+    }
+    for (auto &th : threads) th.join();
+    EXPECT_EQ(failures.load(), 0);
+    EXPECT_EQ(qvsim_exists(QVS_OID_ALARM_INFO, "100"), 1);
+    EXPECT_EQ(qvsim_exists(QVS_OID_ALARM_INFO, "101"), 0);
+    EXPECT_EQ(qvsim_journal_count("attach"), 100);
+    EXPECT_EQ(qvsim_journal_count("detach"), 100);
 }

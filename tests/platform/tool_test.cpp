@@ -47,6 +47,24 @@ TEST(Qvstore, GetSetAddDeleteSaveRestart) {
     EXPECT_EQ(tool("restart"), "");
     EXPECT_EQ(tool("get 399 2 Enable"), "1\n");
     EXPECT_EQ(tool("get 399 3 Enable"), "0\n");
+    // Object paths stand for the OID and the instance list.
+    EXPECT_EQ(tool("get InternetGatewayDevice.WiFi.SSID.9 Name"), "ra0\n");
+    EXPECT_EQ(tool("get InternetGatewayDevice.X_QV_WiFi. X_QV_Enable"), "1\n");
+    EXPECT_EQ(tool("set InternetGatewayDevice.LANDevice.1.Hosts.Host.2 UpSpeedLimit 512"), "");
+    EXPECT_EQ(get(QVS_OID_LAN_HOST, "1,2", "UpSpeedLimit"), "512");
+    EXPECT_EQ(tool("add InternetGatewayDevice.X_CU_Function.Log.AlarmInfo.9"), "");
+    EXPECT_EQ(tool("exists InternetGatewayDevice.X_CU_Function.Log.AlarmInfo.9"), "1\n");
+    EXPECT_EQ(tool("delete InternetGatewayDevice.X_CU_Function.Log.AlarmInfo.9"), "");
+    tool("get InternetGatewayDevice.Nothing.1 X", &st);
+    EXPECT_EQ(st, 1);
+    int oid = 0;
+    char inst[16] = {};
+    EXPECT_EQ(qvsim_resolve("InternetGatewayDevice.WANDevice.1.WANConnectionDevice.2.WANPPPConnection.1", &oid, inst,
+                            sizeof inst),
+              0);
+    EXPECT_EQ(oid, QVS_OID_WAN_PPP_CONN);
+    EXPECT_STREQ(inst, "1,2,1");
+    EXPECT_EQ(qvsim_resolve("InternetGatewayDevice.WiFi.SSID", &oid, inst, sizeof inst), -1);
     tool("get 399 3 Nope", &st);
     EXPECT_EQ(st, 1);
     tool("set 399 40 Enable 1", &st);

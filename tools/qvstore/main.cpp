@@ -13,11 +13,13 @@ void usage() {
         "usage: qvstore <command> [arguments]\n"
         "  dump [saved]                       the whole store (runtime, or the saved copy) as a model file\n"
         "  classes                            object classes: OID, path, record layout\n"
-        "  get <oid> <instance> <param>       one parameter ('-' for a single object's instance)\n"
-        "  set <oid> <instance> <param> <v>   write one parameter (runtime store)\n"
-        "  add <oid> <instance>               add an instance (or the next one under a parent)\n"
-        "  delete <oid> <instance>            delete an instance and what lies below it\n"
-        "  exists <oid> <instance>            1 or 0\n"
+        "  get <object> <param>               one parameter\n"
+        "  set <object> <param> <value>       write one parameter (runtime store)\n"
+        "  add <object>                       add an instance (or the next one under a parent)\n"
+        "  delete <object>                    delete an instance and what lies below it\n"
+        "  exists <object>                    1 or 0\n"
+        "  <object> is an object path (InternetGatewayDevice.WiFi.SSID.3) or an OID and an\n"
+        "  instance list (399 3; '-' for a single object)\n"
         "  load <model file>                  load a model as runtime store and saved copy\n"
         "  reset                              fresh gateway from the default model\n"
         "  save | restart                     runtime -> saved copy | saved copy -> runtime\n"
@@ -66,6 +68,26 @@ int main(int argc, char **argv) {
     int oid = 0;
     if (cmd == "dump" && n <= 1) return print_owned(qvsim_dump_text(n == 1 && std::strcmp(a[0], "saved") == 0));
     if (cmd == "classes" && n == 0) return print_owned(qvsim_classes_text());
+    // An object path stands for "<oid> <instance>".
+    char inst_buf[64] = {};
+    char oid_buf[16] = {};
+    std::string resolved_args[8];
+    char *expanded[8] = {};
+    if (n >= 1 && n <= 6 && std::strchr(a[0], '.') != nullptr && cmd != "load" && cmd != "fault" &&
+        cmd != "device") {
+        int o = 0;
+        if (qvsim_resolve(a[0], &o, inst_buf, sizeof inst_buf) != 0) {
+            std::fprintf(stderr, "qvstore: no object %s\n", a[0]);
+            return 1;
+        }
+        std::snprintf(oid_buf, sizeof oid_buf, "%d", o);
+        resolved_args[0] = oid_buf;
+        resolved_args[1] = inst_buf[0] != '\0' ? inst_buf : "-";
+        for (int i = 1; i < n; ++i) resolved_args[i + 1] = a[i];
+        ++n;
+        for (int i = 0; i < n; ++i) expanded[i] = resolved_args[i].data();
+        a = expanded;
+    }
     if (cmd == "get" && n == 3 && oid_arg(a[0], oid)) {
         char out[2048] = {};
         int r = qvsim_get(oid, inst_arg(a[1]), a[2], out, sizeof out);

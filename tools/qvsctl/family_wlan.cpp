@@ -1,0 +1,171 @@
+// WLAN family: SSID numbering, same-SSID merge, guest clean-up, adding and
+// deleting SSIDs. Functions taking a store handle get one attached here for
+// the call (and detached after it).
+#include <dlfcn.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "qvs_utils.h"
+#include "qvsctl.hpp"
+
+namespace {
+
+// The platform's attach/detach, found in the process (libqvs_utils loads the
+// platform library), so that qvsctl needs no platform header of its own.
+class Store {
+public:
+    Store() {
+        using Init = uint32_t (*)();
+        auto init = reinterpret_cast<Init>(dlsym(RTLD_DEFAULT, "qvs_xmlShmInit"));
+        handle_ = init != nullptr ? init() : 0;
+        if (handle_ == 0) std::fprintf(stderr, "qvsctl: store not attached, calling with handle 0\n");
+    }
+    ~Store() {
+        using DeInit = int (*)(uint32_t *);
+        auto deinit = reinterpret_cast<DeInit>(dlsym(RTLD_DEFAULT, "qvs_xmlShmDeInit"));
+        if (handle_ != 0 && deinit != nullptr) deinit(&handle_);
+    }
+    uint32_t handle() const { return handle_; }
+
+private:
+    uint32_t handle_ = 0;
+};
+
+bool arg_int(const char *text, int &out, long long min = -2147483648LL, long long max = 2147483647LL) {
+    long long v = 0;
+    if (!qvsctl::parse_int(text, min, max, v)) return false;
+    out = static_cast<int>(v);
+    return true;
+}
+
+void print_table(const uint8_t *table, int count) {
+    std::string text;
+    for (int i = 0; i < count && i < 16; ++i) {
+        if (i > 0) text += ",";
+        text += std::to_string(table[i]);
+    }
+    qvsctl::print_text("table", text.c_str());
+}
+
+// <function>(handle, int)
+template <int (*F)(uint32_t, int)>
+int run_handle_int(char **argv) {
+    int a = 0;
+    if (!arg_int(argv[0], a)) return qvsctl::kBadArgs;
+    Store s;
+    qvsctl::print_result(F(s.handle(), a));
+    return qvsctl::kRan;
+}
+
+// <function>(handle, int, int)
+template <int (*F)(uint32_t, int, int)>
+int run_handle_int_int(char **argv) {
+    int a = 0, b = 0;
+    if (!arg_int(argv[0], a) || !arg_int(argv[1], b)) return qvsctl::kBadArgs;
+    Store s;
+    qvsctl::print_result(F(s.handle(), a, b));
+    return qvsctl::kRan;
+}
+
+// <function>(handle)
+template <int (*F)(uint32_t)>
+int run_handle(char **) {
+    Store s;
+    qvsctl::print_result(F(s.handle()));
+    return qvsctl::kRan;
+}
+
+// <function>(int)
+template <int (*F)(int)>
+int run_int(char **argv) {
+    int a = 0;
+    if (!arg_int(argv[0], a)) return qvsctl::kBadArgs;
+    qvsctl::print_result(F(a));
+    return qvsctl::kRan;
+}
+
+// Table readers: (handle, table, count) with the room as optional argument.
+template <int (*F)(uint32_t, uint8_t *, int *)>
+int run_table(char **argv) {
+    int room = 16;
+    if (argv[0] != nullptr && !arg_int(argv[0], room, -16, 16)) return qvsctl::kBadArgs;
+    uint8_t table[16] = {};
+    int count = room;
+    Store s;
+    int r = F(s.handle(), table, &count);
+    qvsctl::print_result(r);
+    qvsctl::print_int("count", count);
+    print_table(table, r == 0 ? count : 0);
+    return qvsctl::kRan;
+}
+
+int run_dual(char **) {
+    qvsctl::print_result(qvs_wlan_get_dual_bandsupport());
+    return qvsctl::kRan;
+}
+
+int run_update_mapped_list(char **argv) {
+    int pos = 0, value = 0, selector = 0;
+    if (!arg_int(argv[0], pos) || !arg_int(argv[1], value) || !arg_int(argv[2], selector)) return qvsctl::kBadArgs;
+    Store s;
+    qvsctl::print_result(qvs_wlan_update_mapped_list(s.handle(), pos, value, selector));
+    return qvsctl::kRan;
+}
+
+int run_bind_ifname(char **argv) {
+    int k = 0;
+    if (!arg_int(argv[0], k)) return qvsctl::kBadArgs;
+    char ifname[32] = {};
+    qvsctl::print_result(qvs_wlan_get_bind_ifname_by_ssididx(k, ifname));
+    qvsctl::print_text("ifname", ifname);
+    return qvsctl::kRan;
+}
+
+const qvsctl::Command kCommands[] = {
+    {"qvs_wlan_get_ssid_map", "[room]", "the external-to-internal SSID map (room 16 by default)", 0, 1,
+     run_table<qvs_wlan_get_ssid_map>},
+    {"qvs_wlan_get_internal_ssididx_by_ext_ssididx", "<ext-index>", "internal index of an external index", 1, 1,
+     run_handle_int<qvs_wlan_get_internal_ssididx_by_ext_ssididx>},
+    {"qvs_wlan_get_ext_ssididx_by_internal_ssididx", "<int-index>", "external index of an internal index", 1, 1,
+     run_handle_int<qvs_wlan_get_ext_ssididx_by_internal_ssididx>},
+    {"qvs_wlan_get_ssididx_by_ubus_ssididx", "<ubus-index>", "external index mapping to the ubus index (0: none)", 1, 1,
+     run_handle_int<qvs_wlan_get_ssididx_by_ubus_ssididx>},
+    {"qvs_wlan_get_internal_ssididx_by_ubus", "<ubus-index>", "internal index at zero-based external position ubus", 1, 1,
+     run_handle_int<qvs_wlan_get_internal_ssididx_by_ubus>},
+    {"qvs_wlan_internal_ssididx_to_radioidx", "<int-index>", "radio of an internal index (1: 5 GHz, 2: 2.4 GHz)", 1, 1,
+     run_int<qvs_wlan_internal_ssididx_to_radioidx>},
+    {"qvs_wlan_internal_staidx_to_radioidx", "<sta-index>", "radio of a station-side interface index", 1, 1,
+     run_int<qvs_wlan_internal_staidx_to_radioidx>},
+    {"qvs_wlan_get_ssid_band", "<ext-index>", "1 when the SSID lies on radio 1 (slots 1 to 8)", 1, 1,
+     run_int<qvs_wlan_get_ssid_band>},
+    {"qvs_wlan_get_dual_bandsupport", "", "always 1", 0, 0, run_dual},
+    {"qvs_wlan_get_shared_ssid_list", "[room]", "the shared SSID list", 0, 1, run_table<qvs_wlan_get_shared_ssid_list>},
+    {"qvs_wlan_get_guest_ssid_list", "[room]", "the guest SSID list", 0, 1, run_table<qvs_wlan_get_guest_ssid_list>},
+    {"qvs_wlan_set_same_ssid", "<src-ext> <dst-ext>", "merge: dst takes src's name and security", 2, 2,
+     run_handle_int_int<qvs_wlan_set_same_ssid>},
+    {"qvs_wlan_cancel_same_ssid", "", "undo every merge; 5 GHz names get \"-5G\"", 0, 0,
+     run_handle<qvs_wlan_cancel_same_ssid>},
+    {"qvs_wlan_get_same_ssid_status", "", "1 when any SSID is merged", 0, 0, run_handle<qvs_wlan_get_same_ssid_status>},
+    {"qvs_wlan_get_ext_ssid_idx_by_mapped_ssid_oid_idx", "<position> <selector>",
+     "list entry at a position (selector 0x10000 shared, 0x20000 guest)", 2, 2,
+     run_handle_int_int<qvs_wlan_get_ext_ssid_idx_by_mapped_ssid_oid_idx>},
+    {"qvs_wlan_update_mapped_list", "<position> <value> <selector>", "set (or clear with 0) one list entry", 3, 3,
+     run_update_mapped_list},
+    {"qvs_wlan_clean_guest_ssid_conf_by_ext_ssididx", "<ext-index>", "tear down a guest SSID", 1, 1,
+     run_handle_int<qvs_wlan_clean_guest_ssid_conf_by_ext_ssididx>},
+    {"qvs_wlan_get_guest_ssid_count_per_radio", "<int-index>", "guest SSIDs on that index's radio", 1, 1,
+     run_handle_int<qvs_wlan_get_guest_ssid_count_per_radio>},
+    {"qvs_wlan_get_bind_ifname_by_ssididx", "<ssid-instance>", "WAN interface the SSID is bound to", 1, 1,
+     run_bind_ifname},
+    {"qvs_wlan_add_ssid", "<ext-index> <band>", "map ext-index to a free slot (band 0: 1-8, else 9-16)", 2, 2,
+     run_handle_int_int<qvs_wlan_add_ssid>},
+    {"qvs_wlan_del_ssid", "<ext-index>", "disable and unmap an SSID", 1, 1, run_handle_int<qvs_wlan_del_ssid>},
+    {"qvs_wlan_del_ssid_by_ubus", "<ubus-index>", "the same by ubus index", 1, 1,
+     run_handle_int<qvs_wlan_del_ssid_by_ubus>},
+};
+
+}  // namespace
+
+QVSCTL_FAMILY(g_wlan, "wlan", "Wi-Fi SSID numbering, merge, guest clean-up, adding and deleting", kCommands);
