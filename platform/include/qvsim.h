@@ -53,7 +53,9 @@ const char *qvsim_dir(void);
 /* Fresh gateway: store from the default model (runtime and saved copy),
  * empty journal, no faults, empty simulated modules. */
 int qvsim_reset(void);
-/* Simulated reboot: the runtime store is replaced by the saved copy. */
+/* Simulated reboot: the runtime store is replaced by the saved copy; the
+ * volatile kernel and switch state is lost (simulated modules emptied, QoS
+ * host entries, port admin and VLAN settings gone). Journal and faults stay. */
 int qvsim_restart(void);
 /* Loads a model file (the default model's format) as runtime and saved store. */
 int qvsim_load_model(const char *path);

@@ -84,7 +84,15 @@ int qvsim_reset(void) {
 int qvsim_restart(void) {
     qvsim::ApiLock api_lock;
     if (db() == nullptr) return -1;
-    return copy_area(kSaved, kRuntime) ? 0 : -1;
+    if (!copy_area(kSaved, kRuntime)) return -1;
+    // A reboot loses the kernel's and the switch's state: the simulated
+    // modules, the QoS host entries, port and VLAN settings. Facts (area,
+    // province, CPU load, the Wi-Fi driver's behaviour) and the network
+    // devices (real interfaces of the namespace) stay.
+    for (const char *prefix : {"qos.", "port.", "switch.", "vlanmode"})
+        for (auto &p : device_all(prefix)) device_del(p.first);
+    qvsim::reset_modules();
+    return 0;
 }
 
 int qvsim_save(void) {

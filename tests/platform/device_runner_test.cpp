@@ -250,3 +250,28 @@ TEST(WifiDriver, AnswersScanRequestsAsConfigured) {
               0);
     EXPECT_EQ(get(QVS_OID_WIFI_RADIO, "1", "X_QV_DiagnosticsState"), "Error");
 }
+
+TEST(Restart, LosesVolatileHardwareStateKeepsFacts) {
+    const uint8_t mac[6] = {0, 1, 2, 3, 4, 5};
+    uint32_t b = 0, c = 0;
+    ASSERT_EQ(libqv_qos_hostEntryAdd(3, mac, 1, 10, 20, &b, &c), 0);
+    ASSERT_EQ(FC_libqv_switchApi_portSetAdmin(1, 0), 0);
+    ASSERT_EQ(libqv_netApi_setVlanMode(1, 2, 3, 4), 0);
+    ASSERT_EQ(qvsim_device_set("province", "WX"), 0);
+    ASSERT_EQ(qvsim_device_set("wifi.scan", "complete"), 0);
+    ASSERT_EQ(qv_do_cmd("echo ADD_DATA index:1 type:1 list:1.2.3.4 > /proc/approute/rule"), 0);
+    char *held = qvsim_module_list("approute", 1, 1);
+    std::string before = held != nullptr ? held : "";
+    std::free(held);
+    ASSERT_EQ(qvsim_restart(), 0);
+    EXPECT_EQ(device("qos.3"), "<none>");
+    EXPECT_EQ(device("port.1.admin"), "<none>");
+    EXPECT_EQ(device("vlanmode"), "<none>");
+    EXPECT_EQ(device("province"), "WX");
+    EXPECT_EQ(device("wifi.scan"), "complete");
+    held = qvsim_module_list("approute", 1, 1);
+    EXPECT_STREQ(held, "");
+    std::free(held);
+    EXPECT_NE(before, "");
+    EXPECT_EQ(journal_lines("cmd").size(), 1u);  // the journal stays
+}
