@@ -2,33 +2,15 @@
 // add_AlarmInfo_Index, update_numberofAlarmInfo.
 #include <cstdint>
 #include <cstdio>
-#include <dlfcn.h>
 
 #include "qvs_utils.h"
 #include "qvsctl.hpp"
+#include "store.hpp"
+
+#include "libqv.h"
 
 namespace {
 
-// The two handle-taking functions need an attached store. qvsctl links only
-// the utility library, so the platform's store calls are found at run time
-// in the platform library that it loaded.
-using AttachFn = uint32_t (*)();
-using DetachFn = int (*)(uint32_t *);
-using ObjectFn = void *(*)(uint32_t, int, uint64_t, int);
-
-struct Store {
-    AttachFn attach = reinterpret_cast<AttachFn>(dlsym(RTLD_DEFAULT, "qvs_xmlShmInit"));
-    DetachFn detach = reinterpret_cast<DetachFn>(dlsym(RTLD_DEFAULT, "qvs_xmlShmDeInit"));
-    ObjectFn object = reinterpret_cast<ObjectFn>(dlsym(RTLD_DEFAULT, "qvsXml_GetObjectByOID"));
-    uint32_t handle = 0;
-    Store() {
-        if (attach != nullptr && detach != nullptr && object != nullptr) handle = attach();
-        if (handle == 0) std::fprintf(stderr, "qvsctl: the configuration store cannot be attached\n");
-    }
-    ~Store() {
-        if (handle != 0) detach(&handle);
-    }
-};
 
 bool parse_code(const char *text, uint32_t &out) {
     long long v = 0;
@@ -64,17 +46,17 @@ int run_index(char **argv) {
     uint32_t code = 0;
     long long status = 0;
     if (!parse_code(argv[0], code) || !qvsctl::parse_int(argv[1], 0, 255, status)) return qvsctl::kBadArgs;
-    Store store;
-    qvsctl::print_result(add_AlarmInfo_Index(store.handle, code, static_cast<uint8_t>(status)));
+    qvsctl::Store store;
+    qvsctl::print_result(add_AlarmInfo_Index(store.handle(), code, static_cast<uint8_t>(status)));
     return qvsctl::kRan;
 }
 
 int run_update(char **argv) {
     uint32_t value = 0;
     if (!parse_code(argv[0], value)) return qvsctl::kBadArgs;
-    Store store;
-    const void *config = store.handle != 0 ? store.object(store.handle, 223, 0, 1) : nullptr;
-    qvsctl::print_result(update_numberofAlarmInfo(store.handle, config, value));
+    qvsctl::Store store;
+    const void *config = store.handle() != 0 ? qvsXml_GetObjectByOID(store.handle(), QVS_OID_ALARM_CONFIG, 0, 1) : nullptr;
+    qvsctl::print_result(update_numberofAlarmInfo(store.handle(), config, value));
     return qvsctl::kRan;
 }
 

@@ -1,39 +1,19 @@
 // Time family: timer rules in UTC, local time stamps, summer time, UTC texts
 // from local times. get_currentTime gets a store handle attached here for
-// the call (qvsctl links only the library, so the platform's attach and
-// detach are looked up at run time).
+// the call.
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <dlfcn.h>
 #include <vector>
 
 #include "qvs_utils.h"
 #include "qvsctl.hpp"
+#include "store.hpp"
 
 namespace {
 
-class Store {
-public:
-    Store() {
-        using Init = uint32_t (*)();
-        auto init = reinterpret_cast<Init>(dlsym(RTLD_DEFAULT, "qvs_xmlShmInit"));
-        handle_ = init != nullptr ? init() : 0;
-        if (handle_ == 0) std::fprintf(stderr, "qvsctl: store not attached, calling with handle 0\n");
-    }
-    ~Store() {
-        using DeInit = int (*)(uint32_t *);
-        auto deinit = reinterpret_cast<DeInit>(dlsym(RTLD_DEFAULT, "qvs_xmlShmDeInit"));
-        if (handle_ != 0 && deinit != nullptr) deinit(&handle_);
-    }
-    Store(const Store &) = delete;
-    Store &operator=(const Store &) = delete;
-    uint32_t handle() const { return handle_; }
-
-private:
-    uint32_t handle_ = 0;
-};
+using qvsctl::Store;
 
 // my_utctime <zone> <start> <end> <weekdays>: every output from zero-filled buffers.
 int run_utctime(char **argv) {

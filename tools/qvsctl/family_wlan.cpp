@@ -1,7 +1,6 @@
 // WLAN family: SSID numbering, same-SSID merge, guest clean-up, adding and
 // deleting SSIDs. Functions taking a store handle get one attached here for
 // the call (and detached after it).
-#include <dlfcn.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -9,29 +8,11 @@
 
 #include "qvs_utils.h"
 #include "qvsctl.hpp"
+#include "store.hpp"
 
 namespace {
 
-// The platform's attach/detach, found in the process (libqvs_utils loads the
-// platform library), so that qvsctl needs no platform header of its own.
-class Store {
-public:
-    Store() {
-        using Init = uint32_t (*)();
-        auto init = reinterpret_cast<Init>(dlsym(RTLD_DEFAULT, "qvs_xmlShmInit"));
-        handle_ = init != nullptr ? init() : 0;
-        if (handle_ == 0) std::fprintf(stderr, "qvsctl: store not attached, calling with handle 0\n");
-    }
-    ~Store() {
-        using DeInit = int (*)(uint32_t *);
-        auto deinit = reinterpret_cast<DeInit>(dlsym(RTLD_DEFAULT, "qvs_xmlShmDeInit"));
-        if (handle_ != 0 && deinit != nullptr) deinit(&handle_);
-    }
-    uint32_t handle() const { return handle_; }
-
-private:
-    uint32_t handle_ = 0;
-};
+using qvsctl::Store;
 
 bool arg_int(const char *text, int &out, long long min = -2147483648LL, long long max = 2147483647LL) {
     long long v = 0;
