@@ -1,0 +1,202 @@
+#include "vpn_env.hpp"
+
+#include <arpa/inet.h>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "test_support.hpp"
+
+namespace vpntest {
+
+using qvstest::read_file;
+using qvstest::run;
+
+std::string ip_file(int n) { return kDir + "/VPN_IP_" + std::to_string(n); }
+std::string domain_file(int n) { return kDir + "/VPN_DOMAIN_" + std::to_string(n); }
+std::string mac_file(int n) { return kDir + "/VPN_MAC_" + std::to_string(n); }
+std::string dnsmasq_file(int n) { return kDnsmasqDir + "/vpn_domain" + std::to_string(n); }
+
+void prepare_dirs(bool with_list_dir) {
+    ASSERT_TRUE(qvstest::in_sandbox()) << "these tests only run inside qvs-sandbox";
+    ::mkdir("/userconfig/config", 0755);
+    if (with_list_dir) ::mkdir(kDir.c_str(), 0755);
+}
+
+bool is_dir(const std::string &path) {
+    struct stat st;
+    return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+int mode_of(const std::string &path) {
+    struct stat st;
+    if (::stat(path.c_str(), &st) != 0) return -1;
+    return static_cast<int>(st.st_mode & 07777);
+}
+
+bool logged(const std::string &text, const std::string &func, const std::string &message) {
+    // "[qvs_utils.cpp:<func>:<line>][1] <message>"
+    const std::string head = "[qvs_utils.cpp:" + func + ":";
+    for (std::size_t p = text.find(head); p != std::string::npos; p = text.find(head, p + 1)) {
+        std::size_t q = p + head.size();
+        while (q < text.size() && text[q] >= '0' && text[q] <= '9') ++q;
+        if (text.compare(q, 5, "][1] ") == 0 && text.compare(q + 5, message.size(), message) == 0) return true;
+    }
+    return false;
+}
+
+std::vector<std::string> split(const std::string &text, char sep) {
+    std::vector<std::string> out;
+    std::string cur;
+    for (char c : text) {
+        if (c == sep) {
+            out.push_back(cur);
+            cur.clear();
+        } else {
+            cur += c;
+        }
+    }
+    if (!cur.empty()) out.push_back(cur);
+    return out;
+}
+
+bool kernel_has_hash_mac() {
+    int st = 0;
+    run("/usr/sbin/ipset create qvs_probe_mac hash:mac 2>/dev/null", &st);
+    if (st != 0) return false;
+    run("/usr/sbin/ipset destroy qvs_probe_mac");
+    return true;
+}
+
+static void sh(const std::string &cmd) {
+    int st = 0;
+    std::string out = run(cmd + " 2>&1", &st);
+    ASSERT_EQ(st, 0) << cmd << "\n" << out;
+}
+
+void create_tunnel(int n) {
+    std::string s = std::to_string(n);
+    sh("ipset create vpn_ip" + s + " hash:net counters");
+    sh("ipset create vpn_domain" + s + " hash:ip comment counters");
+    bool real_mac = kernel_has_hash_mac();
+    if (!real_mac) {
+        ::mkdir("/opt/qvstest", 0755);
+        ::mkdir("/opt/qvstest/bin", 0755);
+        ::unlink("/opt/qvstest/bin/ipset");
+        ASSERT_EQ(::symlink(VPNTEST_MACSET_STANDIN, "/opt/qvstest/bin/ipset"), 0);
+        std::string path = std::getenv("PATH") != nullptr ? std::getenv("PATH") : "/usr/sbin:/usr/bin:/sbin:/bin";
+        if (path.rfind("/opt/qvstest/bin:", 0) != 0) ::setenv("PATH", ("/opt/qvstest/bin:" + path).c_str(), 1);
+    }
+    sh("iptables -t mangle -N QV_VPN" + s);
+    sh("iptables -t mangle -A PREROUTING -j QV_VPN" + s);
+    sh("ipset create vpn_mac" + s + " hash:mac counters");
+    sh("iptables -t mangle -A QV_VPN" + s + " -m set --match-set vpn_ip" + s + " src");
+    sh("iptables -t mangle -A QV_VPN" + s + " -m set --match-set vpn_domain" + s + " src");
+    if (real_mac) sh("iptables -t mangle -A QV_VPN" + s + " -m set --match-set vpn_mac" + s + " src");
+}
+
+std::set<std::string> members(const std::string &set) {
+    std::set<std::string> out;
+    std::string text = run("ipset list " + set + " 2>/dev/null");
+    bool in_members = false;
+    for (const std::string &line : split(text, '\n')) {
+        if (line == "Members:") {
+            in_members = true;
+            continue;
+        }
+        if (!in_members || line.empty()) continue;
+        std::string m = line.substr(0, line.find(' '));
+        std::size_t c = line.find("comment \"");
+        if (c != std::string::npos) {
+            std::size_t b = c + 9;
+            m += " " + line.substr(b, line.find('"', b) - b);
+        }
+        out.insert(m);
+    }
+    return out;
+}
+
+void add_resolved(int n, const std::string &address, const std::string &domain) {
+    sh("ipset add vpn_domain" + std::to_string(n) + " " + address + " comment \"" + domain + "\"");
+}
+
+void create_peer() {
+    sh("ip netns add peer");
+    sh("ip link add vA type veth peer name vB netns peer");
+    sh("ip addr add 10.200.0.1/24 dev vA");
+    sh("ip link set vA up");
+    sh("ip -n peer link set lo up");
+    sh("ip -n peer link set vB up");
+}
+
+void send_from_peer(const std::string &mac, const std::string &src_ip, int count) {
+    sh("ip -n peer link set vB address " + mac);
+    run("ip -n peer addr add " + src_ip + "/24 dev vB 2>/dev/null");
+    std::string va_mac = run("cat /sys/class/net/vA/address");
+    if (!va_mac.empty() && va_mac.back() == '\n') va_mac.pop_back();
+    sh("ip -n peer neigh replace 10.200.0.1 lladdr " + va_mac + " dev vB nud permanent");
+    pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        int ns = ::open("/run/netns/peer", O_RDONLY);
+        if (ns < 0 || ::setns(ns, CLONE_NEWNET) != 0) ::_exit(2);
+        int s = ::socket(AF_INET, SOCK_DGRAM, 0);
+        sockaddr_in src{};
+        src.sin_family = AF_INET;
+        ::inet_pton(AF_INET, src_ip.c_str(), &src.sin_addr);
+        if (s < 0 || ::bind(s, reinterpret_cast<sockaddr *>(&src), sizeof src) != 0) ::_exit(3);
+        sockaddr_in dst{};
+        dst.sin_family = AF_INET;
+        dst.sin_port = htons(9);
+        ::inet_pton(AF_INET, "10.200.0.1", &dst.sin_addr);
+        for (int i = 0; i < count; ++i)
+            if (::sendto(s, "x", 1, 0, reinterpret_cast<sockaddr *>(&dst), sizeof dst) != 1) ::_exit(4);
+        ::_exit(0);
+    }
+    int st = 0;
+    ::waitpid(pid, &st, 0);
+    ASSERT_TRUE(WIFEXITED(st) && WEXITSTATUS(st) == 0) << "sender failed: " << st;
+    // Received frames are processed in softirq context; let them land.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+}
+
+int start_dnsmasq(const std::string &log_path) {
+    pid_t pid = ::fork();
+    if (pid == 0) {
+        std::string log = "--log-facility=" + log_path;
+        ::execl("/usr/sbin/dnsmasq", "dnsmasq", "-k", "--port=5353", "--listen-address=127.0.0.1",
+                "--bind-interfaces", "--no-resolv", "--no-hosts", "--pid-file=", log.c_str(), "--user=root",
+                "--group=root", static_cast<char *>(nullptr));
+        ::_exit(127);
+    }
+    if (pid < 0 || !wait_for_text(log_path, "started", 5000)) return -1;
+    return pid;
+}
+
+void stop_process(int pid) {
+    if (pid <= 0) return;
+    ::kill(pid, SIGTERM);
+    int st = 0;
+    ::waitpid(pid, &st, 0);
+}
+
+bool wait_for_text(const std::string &path, const std::string &text, int timeout_ms) {
+    for (int waited = 0; waited <= timeout_ms; waited += 20) {
+        if (read_file(path).find(text) != std::string::npos) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
+
+}  // namespace vpntest
