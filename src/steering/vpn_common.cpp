@@ -55,13 +55,45 @@ void vpn_ipset_flush(int n, unsigned type) {
     ::qv_do_cmd(cmd.c_str());
 }
 
+namespace {
+
+int hex_value(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+// Six fields of one or two hex digits each, read one after the other as
+// "%02hhx" reads them, except that a sign or a blank never starts a field:
+// "AA-BB-CC-DD-EE-FF" stops at the first dash instead of reading "-b" as a
+// negative number. Returns the number of bytes read.
+int scan_six_hex_bytes(const char *text, unsigned char (&b)[6]) {
+    const char *p = text;
+    for (int i = 0; i < 6; ++i) {
+        int hi = hex_value(*p);
+        if (hi < 0) return i;
+        ++p;
+        int lo = hex_value(*p);
+        if (lo < 0) {
+            b[i] = static_cast<unsigned char>(hi);
+            continue;
+        }
+        ++p;
+        b[i] = static_cast<unsigned char>(hi * 16 + lo);
+    }
+    return 6;
+}
+
+}  // namespace
+
 void mac_to_colon_form(const char *text, char *out) {
     if (std::strchr(text, ':') != nullptr) {
         std::snprintf(out, kMacTextSize, "%s", text);
         return;
     }
     unsigned char b[6] = {};
-    if (std::sscanf(text, "%02hhx%02hhx%02hhx%02hhx%02hhx%02hhx", &b[0], &b[1], &b[2], &b[3], &b[4], &b[5]) == 6)
+    if (scan_six_hex_bytes(text, b) == 6)
         std::snprintf(out, kMacTextSize, "%02hhx:%02hhx:%02hhx:%02hhx:%02hhx:%02hhx", b[0], b[1], b[2], b[3], b[4],
                       b[5]);
 }

@@ -5,7 +5,8 @@
 # /run/macset, and each member gets a counting rule "-m mac --mac-source" in
 # the mangle chain "QV_VPN<n>", so that packets from that MAC are counted by
 # the kernel just as a member's counter would count them; "list" prints the
-# members with those counters in ipset's own format.
+# members with those counters in ipset's own format (MACs in upper case, as
+# ipset prints them).
 real=/usr/sbin/ipset
 dir=/run/macset
 mkdir -p "$dir"
@@ -57,7 +58,7 @@ case "$1" in
     while read -r mac; do
       line=$(grep -i "MAC $mac" <<< "$rules" | head -1)
       read -r pkts bytes _ <<< "$line"
-      echo "$mac packets ${pkts:-0} bytes ${bytes:-0}"
+      echo "${mac^^} packets ${pkts:-0} bytes ${bytes:-0}"
     done < "$file"
     ;;
   *)
