@@ -108,6 +108,9 @@ typedef struct {
     char X_QV_ServiceList[32];         /* "TR069", "INTERNET", "TR069_INTERNET", ... */
     char X_QV_LanInterface[1026];      /* bound LAN interfaces: comma-separated object paths, up to 1025 characters */
     char X_QV_IfName[32];              /* kernel interface, e.g. "nas0_0" */
+    char ConnectionType[32];           /* "IP_Routed", "IP_Bridged", "PPPoE_Routed", "PPPoE_Bridged" */
+    uint32_t X_QV_PVCIndex;            /* PVC index, 1 to 20; the record's first 32-bit field */
+    char ConnectionStatus[32];         /* "Connected", "Disconnected", ... */
 } QVS_WAN_CONN_REC;
 
 /* OID 209 (GPON) and 211 (EPON) OLT registration, instance "1" */
@@ -146,6 +149,7 @@ typedef struct {
     char X_QV_External_SSID_Map[64];
     char X_QV_SharedSSID_Map[64];
     char X_QV_GuestSSID_Map[64];
+    uint8_t X_QV_Enable;           /* Wi-Fi on as a whole */
 } QVS_WIFI_COMMON_REC;
 
 /* OID 396, per-SSID name object, internal SSID index */
@@ -174,9 +178,107 @@ typedef struct {
     char SAEPassphrase[68];
 } QVS_WIFI_SECURITY_REC;
 
+
+/* OID 137, InternetGatewayDevice.LANDevice.%d.LANEthernetInterfaceConfig.%d ("1,%d", 1 to 4) */
+typedef struct {
+    char X_QV_PortName[16];        /* the switch's name for the port, e.g. "eth0" */
+    uint8_t Enable;
+    char Status[16];               /* "Up", "NoLink", "Disabled" */
+    uint32_t MaxBitRate;
+} QVS_LAN_ETH_IF_REC;
+
+/* OID 156, InternetGatewayDevice.LANDevice.%d.Hosts.Host.%d ("1,%d", 1 to 255) */
+typedef struct {
+    uint32_t UpSpeedLimit;
+    uint32_t DownSpeedLimit;
+    uint8_t MACAddress[6];         /* binary; text form aa:bb:cc:dd:ee:ff */
+    uint16_t BucketID;             /* hardware meter bucket, 0: none */
+    uint16_t CounterID;            /* hardware counter, 0: none */
+    uint8_t Active;
+    char HostName[64];
+    char IPAddress[16];
+} QVS_LAN_HOST_REC;
+
+/* OID 229, InternetGatewayDevice.X_CU_Function.LED */
+typedef struct {
+    uint8_t Leds_Turnoff;
+} QVS_LED_REC;
+
+/* OID 390, InternetGatewayDevice.WiFi.Radio.%d (1: slots 1-8, 5 GHz; 2: slots 9-16, 2.4 GHz) */
+typedef struct {
+    uint8_t Enable;
+    char X_QV_DiagnosticsState[32];   /* "None", "Requested", "Complete", "Error", ... */
+    char SupportedStandards[32];      /* comma-separated letters, e.g. "b,g,n,ax" */
+    char ChannelsInUse[128];          /* comma-separated channel numbers */
+    char OperatingFrequencyBand[16];  /* "2.4GHz", "5GHz" */
+    uint32_t Channel;
+} QVS_WIFI_RADIO_REC;
+
+/* OID 392, InternetGatewayDevice.WiFi.Radio.%d.X_QV_NeighboringWiFiDiagnostic
+ * (the neighbour scan result table of one radio). qvsXml_ObjectStats on it
+ * answers ResultNumberOfEntries. */
+typedef struct {
+    uint32_t ResultNumberOfEntries;
+    char DiagnosticsState[32];
+} QVS_WIFI_NEIGHBOR_REC;
+
+/* OID 402, InternetGatewayDevice.WiFi.AccessPoint.%d.AssociatedDevice.%d ("%d,%d":
+ * internal SSID index, station 1 to 128) */
+typedef struct {
+    uint8_t MACAddress[6];
+    uint8_t Active;
+    char IPAddress[16];
+    uint32_t LastDataDownlinkRate;
+    uint32_t LastDataUplinkRate;
+} QVS_WIFI_ASSOC_STA_REC;
+
+/* OID 533, InternetGatewayDevice.X_CMCC_IPSecVPN.Config.%d (1 to 10) */
+typedef struct {
+    uint8_t Enable;
+    char ConnectionStatus[32];
+    char Name[64];
+    char RemoteEndpoint[64];
+    char LocalSubnet[64];
+    char RemoteSubnet[64];
+} QVS_IPSEC_CONFIG_REC;
+
+/* OID 563, InternetGatewayDevice.X_CU_Function.Sleep */
+typedef struct {
+    uint8_t Enable;
+    uint8_t LastWLANEnable;
+    uint8_t LastLeds_Turnoff;
+} QVS_SLEEP_REC;
+
+/* OID 566, InternetGatewayDevice.X_CMCC_TimedTask.Task.%d */
+typedef struct {
+    uint32_t Repeat;               /* 0: once, then removed */
+    uint32_t Action;               /* 1: platform event; 2: Wi-Fi off and on */
+    uint32_t SSIDIndex;            /* external SSID 1-8; 0: SSIDs 1 and 5 */
+    uint32_t Time;                 /* seconds of the day */
+    uint32_t EndTime;              /* seconds of the day */
+    uint32_t Removable;
+    uint8_t Enable;
+} QVS_CMCC_TIMED_TASK_REC;
+
+/* OID 568, InternetGatewayDevice.X_CMCC_DeviceLimit.Task.%d */
+typedef struct {
+    uint32_t UpSpeedLimit;
+    uint32_t DownSpeedLimit;
+    uint32_t Enable;
+    uint32_t Repeat;               /* 0: once; non-zero: daily */
+    uint32_t StartTime;            /* seconds of the day */
+    uint32_t EndTime;              /* seconds of the day */
+    uint8_t MACAddress[6];
+} QVS_CMCC_DEVICE_LIMIT_REC;
+
+/* Switch VLAN configuration handed to libqv_switchApi_setVlanCfgMain. */
+typedef struct {
+    uint32_t defaultTCI;           /* the VLAN */
+    uint32_t vlanType;
+    uint32_t reserved[4];
+} QVS_SWITCH_VLAN_CFG;
+
 #pragma pack(pop)
-/* Records of the other OIDs (137, 156, 229, 390, 392, 402, 533, 563, 566,
- * 568) follow below in the same style. */
 
 /* ---- store operations ---------------------------------------------------- */
 
@@ -219,7 +321,36 @@ int qvs_system(const char *cmd);
 int libqv_dosystem(const char *cmd);
 char *libqv_safe_strncpy(char *dst, const char *src, size_t size);
 
-/* ---- device calls: declared below by the platform ------------------------ */
+/* ---- device calls ---------------------------------------------------------- *
+ * Each returns 0 on success and -1 on failure unless said otherwise. */
+
+/* Switch: the physical port number of a port name ("eth0" -> 0), -1 when unknown. */
+int libqv_switchApi_ethPortName2PhyPortNum(const char *portName);
+/* Switch: port administratively down (0) or up (1). */
+int FC_libqv_switchApi_portSetAdmin(int phyPort, int admin);
+/* Switch: VLAN configuration of a Wi-Fi uplink. */
+int libqv_switchApi_setVlanCfgMain(const QVS_SWITCH_VLAN_CFG *cfg);
+
+/* Network devices: create the VLAN sub-interface devName (e.g. "eth1.5") on
+ * baseName with VLAN vid; type 3 is a tagged LAN member; the four trailing
+ * arguments are reserved (pass 0). */
+int libqv_netApi_addDev(const char *baseName, const char *devName, int type, int vid,
+                        int arg1, int arg2, int arg3, int arg4);
+/* Network devices: remove a device made by libqv_netApi_addDev. */
+int libqv_netApi_remDev(const char *devName);
+/* Network devices: VLAN handling of a Wi-Fi uplink port. */
+int libqv_netApi_setVlanMode(int vlanMode, int vlan, int vlanType, int phyIndex);
+
+/* QoS: hardware host entry of one LAN device; fills the bucket and counter
+ * numbers (both 0 after a delete). */
+int libqv_qos_hostEntryAdd(int hostIndex, const uint8_t *mac, int enable, uint32_t upLimit,
+                           uint32_t downLimit, uint32_t *bucket, uint32_t *counter);
+int libqv_qos_hostEntryDel(int hostIndex, const uint8_t *mac, uint32_t *bucket, uint32_t *counter);
+
+/* System facts: area and province codes into 32-byte buffers; CPU load in percent. */
+int libqv_sys_getArea(char *area);
+int libqv_sys_getProvince(char *province);
+int libqv_sys_getCpuUsage(uint32_t *percent);
 
 #ifdef __cplusplus
 }

@@ -15,6 +15,7 @@
  *   attach  <handle>                   attach-refused (fault "attach")
  *   detach  <handle>
  *   set     <oid> <instance> <param> <type code> <value>
+ *   nnotify <oid> <instance>           the set lines after it came without notification
  *   add     <oid> <instance>
  *   del     <oid> <instance>
  *   save    indirect | noreply
@@ -22,6 +23,9 @@
  *   event   <number> <length> <payload hex>
  *   device  <call> <arguments...>
  * <instance> is the instance list as text ("", "3", "1,2", "1,2,3").
+ * <type code> is written "0xc0000000", "0x20000001", "4", "1", "27", "2";
+ * <value> is the value the caller passed: texts as they are, numbers in
+ * decimal (one-byte integers signed for type 1).
  *
  * Faults (qvsim_fault_add), active until cleared, several at once:
  *   "attach"                      qvs_xmlShmInit returns 0
@@ -32,6 +36,8 @@
  *   "write <param>"               writes of that parameter fail
  *   "read <param>"                qvsXml_getParameterByOID of it fails
  *   "read <param> after <n>"      ... from the (n+1)-th read on
+ *   "device <call>"               that device call fails (-1), e.g.
+ *                                 "device libqv_sys_getCpuUsage"
  */
 #ifndef QVSIM_H
 #define QVSIM_H
@@ -52,6 +58,9 @@ int qvsim_restart(void);
 /* Loads a model file (the default model's format) as runtime and saved store. */
 int qvsim_load_model(const char *path);
 
+/* Copies the runtime store to the saved copy (like a save, not journaled). */
+int qvsim_save(void);
+
 /* Store access by OID, instance list text and parameter name, bypassing
  * the journal. Values as text (numbers in decimal, MACs as aa:bb:..). */
 int qvsim_get(int oid, const char *instance, const char *param, char *out, size_t size);
@@ -59,6 +68,25 @@ int qvsim_set(int oid, const char *instance, const char *param, const char *valu
 int qvsim_add_instance(int oid, const char *instance);
 int qvsim_delete_instance(int oid, const char *instance);
 int qvsim_exists(int oid, const char *instance);
+
+/* Whole store in the model file's format (runtime, or the saved copy when
+ * saved is non-zero); the object classes with their record layouts. Both
+ * malloc'ed, free them. */
+char *qvsim_dump_text(int saved);
+char *qvsim_classes_text(void);
+
+/* Simulated device state and facts, by key (values as text):
+ *   "area", "province"        what libqv_sys_getArea/getProvince report
+ *   "cpu_usage"               what libqv_sys_getCpuUsage reports
+ *   "port.<n>.admin"          switch port n administratively up (1) / down (0)
+ *   "switch.vlan"             "<defaultTCI> <vlanType>" of the last VLAN config
+ *   "vlanmode"                "<vlanMode> <vlan> <vlanType> <phyIndex>" last set
+ *   "netdev.<name>"           "<base> <type> <vid>" of each added device
+ *   "qos.<host index>"        "<mac> <bucket> <counter> <up> <down>"
+ * qvsim_device_set with a null value removes the key. */
+int qvsim_device_get(const char *key, char *out, size_t size);
+int qvsim_device_set(const char *key, const char *value);
+char *qvsim_device_text(void);
 
 /* The journal: whole text (malloc'ed, free it), and clearing. */
 char *qvsim_journal_text(void);
