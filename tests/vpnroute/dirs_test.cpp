@@ -65,7 +65,9 @@ TEST(VpnDirectory, MissingDirectoryIsCreatedAndTheCallReturnsZeroAtOnce) {
     prepare_dirs(false);
     for (const Call &c : returning_calls()) {
         ASSERT_FALSE(exists(kDir));
+        journal_clear();
         EXPECT_EQ(c.fn(), 0) << c.name;
+        EXPECT_EQ(all_commands(), std::vector<std::string>{}) << c.name;
         EXPECT_TRUE(is_dir(kDir)) << c.name;
         EXPECT_EQ(mode_of(kDir), 0755) << c.name;
         EXPECT_EQ(dir_listing(), "") << c.name << ": the fresh directory stays empty";
@@ -96,9 +98,12 @@ TEST(VpnDirectory, DirectoryThatCannotBeCreatedFailsEveryCall) {
     std::vector<Call> calls = returning_calls();
     for (Call &c : continuing_calls()) calls.push_back(c);
     for (const Call &c : calls) {
+        journal_clear();
         CaptureFd err(2);
         EXPECT_EQ(c.fn(), -1) << c.name;
         EXPECT_TRUE(logged(err.text(), c.name, "creat vpn route dir error.\n")) << c.name;
+        EXPECT_TRUE(journal_logged(c.name, "creat vpn route dir error.\n")) << c.name;
+        EXPECT_EQ(all_commands(), std::vector<std::string>{}) << c.name;
     }
     EXPECT_FALSE(exists("/userconfig/config"));
     EXPECT_EQ(qvvpn_get_pkgCount(3), 0u);  // has no directory step
@@ -127,6 +132,7 @@ TEST(VpnDirectory, ReadOnlyPersistentPartitionKeepsTheLists) {
 
 TEST(VpnRefusal, UnsafeIpAndMacTextIsRefusedBeforeAnythingHappens) {
     prepare_dirs(false);  // a created directory would show that something ran
+    journal_clear();
     const char *bad[] = {"10.0.0.1;reboot", "10.0.0.1 && touch /tmp/pwned", "$(touch /tmp/pwned)",
                          "`touch /tmp/pwned`", "10.0.0.1|sh", "1.1.1.1\ntouch /tmp/pwned", "a>/tmp/pwned",
                          "x'y", "x\"y", "#c", "a\\b", "(x)", "a<b"};
@@ -148,12 +154,16 @@ TEST(VpnRefusal, UnsafeIpAndMacTextIsRefusedBeforeAnythingHappens) {
     }
     EXPECT_FALSE(exists(kDir));
     EXPECT_FALSE(exists("/tmp/pwned"));
+    EXPECT_EQ(all_commands(), std::vector<std::string>{});
+    EXPECT_TRUE(journal_logged("qvvpn_set_route_all", "refused unsafe text [10.9.9.9%10.0.0.1;reboot]"));
+    EXPECT_TRUE(journal_logged("qvvpn_del_route_mac", "refused unsafe text [$(touch /tmp/pwned)]"));
 }
 
 TEST(VpnRefusal, UnsafeTextLeavesExistingListsAlone) {
     prepare_dirs();
     write_file(ip_file(3), "10.0.0.1\n");
     write_file(mac_file(3), "aabbccddeeff\n");
+    journal_clear();
     // Substring matches would have found line 1 of each list.
     EXPECT_EQ(qvvpn_del_route_ip(3, "10.0.0.1;true"), -1);
     char mac[] = "aabbccddeeff|true";
@@ -162,6 +172,7 @@ TEST(VpnRefusal, UnsafeTextLeavesExistingListsAlone) {
     EXPECT_EQ(qvvpn_set_route_all(3, 0, list), -1);
     EXPECT_EQ(read_file(ip_file(3)), "10.0.0.1\n");
     EXPECT_EQ(read_file(mac_file(3)), "aabbccddeeff\n");
+    EXPECT_EQ(all_commands(), std::vector<std::string>{});
 }
 
 TEST(VpnRefusal, DomainTextNeverReachesACommandAndIsKept) {
@@ -177,8 +188,11 @@ TEST(VpnRefusal, DomainTextNeverReachesACommandAndIsKept) {
 TEST(VpnRefusal, UnsafeMacLinesInAListFileAreLeftOutOfTheSet) {
     prepare_dirs();
     write_file(mac_file(3), "aa:bb:cc:dd:ee:01;touch /tmp/pwned\naa:bb:cc:dd:ee:02\n");
+    journal_clear();
     CaptureFd err(2);
     EXPECT_EQ(qvvpn_reload_route_mode(3, 2), 0);
+    EXPECT_EQ(commands_run(), (std::vector<std::string>{"ipset flush vpn_mac3 2> /dev/null",
+                                                        "ipset add vpn_mac3 aa:bb:cc:dd:ee:02\n 2> /dev/null"}));
     EXPECT_TRUE(logged(err.text(), "qvvpn_reload_route_mode", "refused unsafe text [aa:bb:cc:dd:ee:01;touch /tmp/pw]"));  // cut at 31
     EXPECT_FALSE(exists("/tmp/pwned"));
 }

@@ -16,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include "qvsim.h"
 #include "test_support.hpp"
 
 namespace vpntest {
@@ -53,6 +54,56 @@ bool logged(const std::string &text, const std::string &func, const std::string 
         while (q < text.size() && text[q] >= '0' && text[q] <= '9') ++q;
         if (text.compare(q, 5, "][1] ") == 0 && text.compare(q + 5, message.size(), message) == 0) return true;
     }
+    return false;
+}
+
+void journal_clear() { qvsim_journal_clear(); }
+
+static std::string unescape(const std::string &t) {
+    std::string out;
+    for (std::size_t i = 0; i < t.size(); ++i) {
+        if (t[i] != '\\' || i + 1 == t.size()) {
+            out += t[i];
+            continue;
+        }
+        char c = t[++i];
+        out += c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c;
+    }
+    return out;
+}
+
+static std::vector<std::vector<std::string>> journal_lines() {
+    std::vector<std::vector<std::string>> out;
+    char *text = qvsim_journal_text();
+    if (text == nullptr) return out;
+    for (const std::string &line : split(text, '\n')) {
+        std::vector<std::string> fields = split(line, '\t');
+        for (std::string &f : fields) f = unescape(f);
+        out.push_back(fields);
+    }
+    std::free(text);
+    return out;
+}
+
+std::vector<std::string> commands_run() {
+    std::vector<std::string> out;
+    for (const auto &f : journal_lines())
+        if (f.size() >= 3 && f[0] == "cmd" && f[1] == "qv_do_cmd") out.push_back(f[2]);
+    return out;
+}
+
+std::vector<std::string> all_commands() {
+    std::vector<std::string> out;
+    for (const auto &f : journal_lines())
+        if (f.size() >= 3 && f[0] == "cmd") out.push_back(f[1] + "\t" + f[2]);
+    return out;
+}
+
+bool journal_logged(const std::string &func, const std::string &message) {
+    for (const auto &f : journal_lines())
+        if (f.size() >= 6 && f[0] == "log" && f[1] == "qvs_utils.cpp" && f[2] == func && f[4] == "1" &&
+            f[5].compare(0, message.size(), message) == 0)
+            return true;
     return false;
 }
 

@@ -54,6 +54,16 @@ void stop_process(int pid);
 // Waits up to timeout_ms for text to appear in the file.
 bool wait_for_text(const std::string &path, const std::string &text, int timeout_ms);
 
+// --- the platform journal ----------------------------------------------------
+void journal_clear();
+// The lines given to qv_do_cmd since the last clear, unescaped.
+std::vector<std::string> commands_run();
+// Every "cmd" line of any runner since the last clear (runner, tab, line).
+std::vector<std::string> all_commands();
+// True when the journal holds a level-1 log line of func whose message
+// starts with message.
+bool journal_logged(const std::string &func, const std::string &message);
+
 // Splits text at every sep.
 std::vector<std::string> split(const std::string &text, char sep);
 
