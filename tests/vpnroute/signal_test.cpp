@@ -68,55 +68,6 @@ TEST_F(VpnDnsmasq, RealDnsmasqHandlesTheSignalOfEveryDomainChange) {
     stop_process(pid);
 }
 
-// A process that ps lists as "dnsmasq" and that reports the first SIGUSR1's
-// value and origin through a pipe.
-struct FakeDnsmasq {
-    pid_t pid = -1;
-    int rd = -1;
-    void start() {
-        int fds[2];
-        ASSERT_EQ(::pipe(fds), 0);
-        int ready[2];
-        ASSERT_EQ(::pipe(ready), 0);
-        pid = ::fork();
-        ASSERT_GE(pid, 0);
-        if (pid == 0) {
-            ::close(fds[0]);
-            ::close(ready[0]);
-            sigset_t set;
-            sigemptyset(&set);
-            sigaddset(&set, SIGUSR1);
-            sigprocmask(SIG_BLOCK, &set, nullptr);
-            ::prctl(PR_SET_NAME, "dnsmasq", 0, 0, 0);
-            (void)!::write(ready[1], "r", 1);
-            siginfo_t info{};
-            if (sigwaitinfo(&set, &info) != SIGUSR1) ::_exit(1);
-            char msg[64];
-            int len = std::snprintf(msg, sizeof msg, "%d %d %d", info.si_signo, info.si_code, info.si_value.sival_int);
-            (void)!::write(fds[1], msg, static_cast<size_t>(len));
-            ::_exit(0);
-        }
-        ::close(fds[1]);
-        ::close(ready[1]);
-        char c;
-        ASSERT_EQ(::read(ready[0], &c, 1), 1);
-        ::close(ready[0]);
-        rd = fds[0];
-    }
-    std::string report() {
-        char buf[64] = {};
-        ssize_t n = ::read(rd, buf, sizeof buf - 1);
-        return n > 0 ? std::string(buf, static_cast<size_t>(n)) : std::string();
-    }
-    ~FakeDnsmasq() {
-        if (pid > 0) {
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, nullptr, 0);
-        }
-        if (rd >= 0) ::close(rd);
-    }
-};
-
 TEST_F(VpnDnsmasq, TheSignalIsSigusr1QueuedWithTheValueFour) {
     FakeDnsmasq fake;
     fake.start();
@@ -135,23 +86,6 @@ TEST_F(VpnDnsmasq, NoDnsmasqRunningIsHarmless) {
     EXPECT_EQ(qvvpn_reload_route(3), 0);
     EXPECT_EQ(read_file(domain_file(3)), "");
     EXPECT_EQ(read_file(dnsmasq_file(3)), "");
-}
-
-TEST_F(VpnDnsmasq, FailingPopenIsReportedOnStandardOutputAndNoSignalIsSent) {
-    FakeDnsmasq fake;
-    fake.start();
-    // The shell cannot be started: every popen (and command) fails.
-    write_file("/tmp/not-a-shell", "not a program\n");
-    ASSERT_EQ(::mount("/tmp/not-a-shell", "/bin/sh", nullptr, MS_BIND, nullptr), 0);
-    CaptureFd out(1);
-    int r = qvvpn_add_route_domain(3, "a.example");
-    std::string text = out.text();
-    ASSERT_EQ(::umount("/bin/sh"), 0);
-    EXPECT_EQ(r, 0);
-    EXPECT_TRUE(std::regex_match(text, std::regex("\\[send_reload_sig_to_dnsmasq:[0-9]+\\]popen failed!\n"))) << text;
-    EXPECT_EQ(read_file(dnsmasq_file(3)), "a.example vpn_domain3 1\n");
-    pollfd p{fake.rd, POLLIN, 0};
-    EXPECT_EQ(::poll(&p, 1, 300), 0) << "the fake dnsmasq reported a signal";
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <poll.h>
+#include <sys/prctl.h>
 #include <sched.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -240,6 +242,53 @@ void stop_process(int pid) {
     ::kill(pid, SIGTERM);
     int st = 0;
     ::waitpid(pid, &st, 0);
+}
+
+void FakeDnsmasq::start() {
+    int fds[2];
+    ASSERT_EQ(::pipe(fds), 0);
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        ::close(fds[0]);
+        ::close(ready[0]);
+        sigset_t set;
+        sigemptyset(&set);
+        sigaddset(&set, SIGUSR1);
+        sigprocmask(SIG_BLOCK, &set, nullptr);
+        ::prctl(PR_SET_NAME, "dnsmasq", 0, 0, 0);
+        (void)!::write(ready[1], "r", 1);
+        siginfo_t info{};
+        if (sigwaitinfo(&set, &info) != SIGUSR1) ::_exit(1);
+        char msg[64];
+        int len = std::snprintf(msg, sizeof msg, "%d %d %d", info.si_signo, info.si_code, info.si_value.sival_int);
+        (void)!::write(fds[1], msg, static_cast<size_t>(len));
+        ::_exit(0);
+    }
+    ::close(fds[1]);
+    ::close(ready[1]);
+    char c;
+    ASSERT_EQ(::read(ready[0], &c, 1), 1);
+    ::close(ready[0]);
+    rd = fds[0];
+}
+
+std::string FakeDnsmasq::report(int timeout_ms) {
+    pollfd p{rd, POLLIN, 0};
+    if (::poll(&p, 1, timeout_ms) != 1) return "";
+    char buf[64] = {};
+    ssize_t n = ::read(rd, buf, sizeof buf - 1);
+    return n > 0 ? std::string(buf, static_cast<size_t>(n)) : std::string();
+}
+
+FakeDnsmasq::~FakeDnsmasq() {
+    if (pid > 0) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+    }
+    if (rd >= 0) ::close(rd);
 }
 
 bool wait_for_text(const std::string &path, const std::string &text, int timeout_ms) {

@@ -51,6 +51,17 @@ void send_from_peer(const std::string &mac, const std::string &src_ip, int count
 // log_path); returns its pid once it has logged that it started.
 int start_dnsmasq(const std::string &log_path);
 void stop_process(int pid);
+
+// A process that ps lists as "dnsmasq" and that reports the first SIGUSR1's
+// signal number, si_code and value ("10 -1 4") through a pipe.
+struct FakeDnsmasq {
+    int pid = -1;
+    int rd = -1;
+    void start();
+    // What was reported, or "" when nothing came within timeout_ms.
+    std::string report(int timeout_ms = 5000);
+    ~FakeDnsmasq();
+};
 // Waits up to timeout_ms for text to appear in the file.
 bool wait_for_text(const std::string &path, const std::string &text, int timeout_ms);
 
