@@ -6,6 +6,7 @@
 // testing each key against each row, the distinct keys are summed in a hash
 // table and each row looks up its own substrings of the key lengths that
 // occur; a key counts once per row however often it occurs in it.
+#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -130,6 +131,19 @@ void count_rows(StatRow *rows, std::size_t nrows, KeyTable &keys) {
     }
 }
 
+// "%s packets %d" with the member word kept to its first 31 characters (a
+// longer member, such as an IPv6 network, still counts under that prefix).
+void scan_member_line(const char *line, char (&key)[kKeySize], int *packets) {
+    const char *p = line;
+    while (*p != '\0' && std::isspace(static_cast<unsigned char>(*p))) ++p;
+    const char *word = p;
+    while (*p != '\0' && !std::isspace(static_cast<unsigned char>(*p))) ++p;
+    std::size_t len = static_cast<std::size_t>(p - word);
+    if (len == 0) return;
+    std::memcpy(key, word, len < kKeySize - 1 ? len : kKeySize - 1);
+    std::sscanf(p, " packets %d", packets);
+}
+
 struct Freer {
     void *p;
     ~Freer() { std::free(p); }
@@ -172,15 +186,14 @@ int qvvpn_get_statistics(int n, unsigned int type, char *out, int size) {
         qvs::Pipe ipset(cmd.c_str());
         if (ipset) {
             KeyTable keys;
-            const char *format = type == kTypeDomain ? "%*s packets %d bytes %*s comment \"%31[^\"]" : "%31s packets %d";
             while (std::fgets(line, sizeof line, ipset.get()) != nullptr) {
                 char key[kKeySize];
                 std::memset(key, 0, sizeof key);
                 int packets = 0;
                 if (type == kTypeDomain)
-                    std::sscanf(line, format, &packets, key);
+                    std::sscanf(line, "%*s packets %d bytes %*s comment \"%31[^\"]", &packets, key);
                 else
-                    std::sscanf(line, format, key, &packets);
+                    scan_member_line(line, key, &packets);
                 if (packets == 0 || key[0] == '\0' || nrows == 0) continue;
                 if (!keys.add(key, std::strlen(key), static_cast<std::uint32_t>(packets))) return -1;
             }

@@ -235,6 +235,16 @@ TEST_F(VpnKernel, DomainStatisticsCountByTheMembersComment) {
     EXPECT_STREQ(out, "www.a.example@2%b.example@7%c.example@0");
 }
 
+TEST_F(VpnKernel, MembersLongerThan31CharactersCountUnderTheirFirst31) {
+    // An IPv6 set: "2001:db8:1111:2222:3333:4444:5555:0/112" is 39 characters.
+    run("ipset create vpn_ip6 hash:net family inet6 counters");
+    run("ipset add vpn_ip6 2001:db8:1111:2222:3333:4444:5555:0/112 packets 9 bytes 900");
+    write_file(ip_file(6), "2001:db8:1111:2222:3333:4444:5555:0/112\n2001:db8::/32\n");
+    char out[256] = {};
+    EXPECT_EQ(qvvpn_get_statistics(6, 0, out, sizeof out), 0);
+    EXPECT_STREQ(out, "2001:db8:1111:2222:3333:4444:5555:0/112@9%2001:db8::/32@0");
+}
+
 TEST_F(VpnKernel, StatisticsWithoutTheSetGiveZeroCounts) {
     write_file(ip_file(4), "10.1.1.1\n");
     char out[64] = {};

@@ -3,7 +3,10 @@
 #include <cstring>
 #include <string>
 #include <sys/mount.h>
+#include <linux/capability.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -150,6 +153,28 @@ TEST_F(VpnLists, DnsmasqFileThatCannotBeOpenedIsLoggedWithoutFullStop) {
     std::string text = err.text();
     EXPECT_TRUE(logged(text, "update_dnsmasq_ipset_conf", "open file /etc/dnsmasq/ipset/vpn_domain3 failed\n"));
     EXPECT_FALSE(logged(text, "update_dnsmasq_ipset_conf", "failed.\n"));
+}
+
+TEST_F(VpnLists, UnreadableDomainListIsLoggedWithoutFullStop) {
+    // Without its capabilities, root is held to the file's mode 0000.
+    write_file(domain_file(3), "a.example\n");
+    ASSERT_EQ(::chmod(domain_file(3).c_str(), 0), 0);
+    journal_clear();
+    pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        __user_cap_header_struct head{_LINUX_CAPABILITY_VERSION_3, 0};
+        __user_cap_data_struct data[2] = {};
+        if (::syscall(SYS_capset, &head, data) != 0) ::_exit(3);
+        if (std::fopen(domain_file(3).c_str(), "r") != nullptr) ::_exit(4);
+        ::_exit(qvvpn_reload_route_mode(3, 1) == 0 ? 0 : 1);
+    }
+    int st = 0;
+    ASSERT_EQ(::waitpid(pid, &st, 0), pid);
+    ASSERT_TRUE(WIFEXITED(st));
+    EXPECT_EQ(WEXITSTATUS(st), 0);
+    EXPECT_TRUE(journal_logged("update_dnsmasq_ipset_conf", "open file /userconfig/config/qvvpn/VPN_DOMAIN_3 failed\n"));
+    EXPECT_FALSE(exists(dnsmasq_file(3)));
 }
 
 // ---- delete --------------------------------------------------------------
