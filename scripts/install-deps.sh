@@ -26,7 +26,7 @@ done
 # archive's source lines must be on (same archive, no host added).
 src_enabled() { grep -Rqs '^Types:.*deb-src' /etc/apt/sources.list.d/ || grep -qs '^deb-src' /etc/apt/sources.list; }
 
-if [ ${#missing[@]} -eq 0 ] && src_enabled && [ -d third_party/cjson-src ] 2>/dev/null; then
+if [ ${#missing[@]} -eq 0 ] && src_enabled && dpkg --print-foreign-architectures | grep -qx armhf; then
   exit 0
 fi
 need_root

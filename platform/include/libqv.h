@@ -280,7 +280,17 @@ typedef struct {
 
 #pragma pack(pop)
 
-/* ---- store operations ---------------------------------------------------- */
+/* ---- store operations ---------------------------------------------------- *
+ * Results on the simulated gateway: 0 success; -1 zero or unknown handle,
+ * bad argument, failed write (the whole list is applied or nothing);
+ * qvsXml_getParameterByOID and qvsXml_setOneParameterByOIDIndirect also give
+ * -2 (no such instance), -3 (no such parameter), and the read -5 (injected
+ * read fault). Reads give texts as at most 31 characters and the zero,
+ * 32- and 16-bit values as a 32-bit unsigned, one-byte values as one byte,
+ * MACs as 6 bytes. Adds take the new instance's address, or its parent's
+ * (one level fewer) for the next free number. Records stay valid until the
+ * process's last handle detaches and show this process's own writes at once.
+ */
 
 QVS_XMLSHM_HANDLE qvs_xmlShmInit(void);
 int qvs_xmlShmDeInit(QVS_XMLSHM_HANDLE *handle);

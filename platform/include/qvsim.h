@@ -81,8 +81,19 @@ char *qvsim_classes_text(void);
  *   "port.<n>.admin"          switch port n administratively up (1) / down (0)
  *   "switch.vlan"             "<defaultTCI> <vlanType>" of the last VLAN config
  *   "vlanmode"                "<vlanMode> <vlan> <vlanType> <phyIndex>" last set
- *   "netdev.<name>"           "<base> <type> <vid>" of each added device
+ *   "netdev.<name>"           "<base> <type> <vid> <kind>" of each added device;
+ *                             kind: "vlan" (a real 802.1Q sub-interface),
+ *                             "macvlan" (kernel without 802.1Q: a MAC VLAN
+ *                             on the base instead) or "recorded" (outside a
+ *                             network namespace of the caller's own)
  *   "qos.<host index>"        "<mac> <bucket> <counter> <up> <down>"
+ *   "wifi.scan"               how the Wi-Fi driver answers a scan request
+ *                             written into a radio's "X_QV_DiagnosticsState":
+ *                             "complete" (state becomes "Complete"), "error"
+ *                             ("Error"); unset or anything else: the request
+ *                             stays pending (the default)
+ *   "wifi.scan_results"       with "complete": the radio's neighbour table
+ *                             (392) ResultNumberOfEntries becomes this
  * qvsim_device_set with a null value removes the key. */
 int qvsim_device_get(const char *key, char *out, size_t size);
 int qvsim_device_set(const char *key, const char *value);
@@ -91,6 +102,10 @@ char *qvsim_device_text(void);
 /* The journal: whole text (malloc'ed, free it), and clearing. */
 char *qvsim_journal_text(void);
 int qvsim_journal_clear(void);
+/* Number of journal lines of one kind ("attach", "detach", "set", "cmd",
+ * ...); a self-attaching function left nothing attached when
+ * qvsim_journal_count("attach") == qvsim_journal_count("detach"). */
+int qvsim_journal_count(const char *kind);
 
 int qvsim_fault_add(const char *fault);
 int qvsim_fault_clear(void);

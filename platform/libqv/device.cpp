@@ -111,13 +111,23 @@ int libqv_netApi_addDev(const char *baseName, const char *devName, int type, int
         return -1;
     std::string key = std::string("netdev.") + devName, old;
     if (device_get(key, old)) return -1;
+    const char *kind = "recorded";
     if (own_netns()) {
         std::string id = num(vid);
-        const char *const argv[] = {"ip", "link", "add", "link", baseName, "name", devName,
+        const char *const vlan[] = {"ip", "link", "add", "link", baseName, "name", devName,
                                     "type", "vlan", "id", id.c_str(), nullptr};
-        if (!run_ip(argv)) return -1;
+        // A kernel without 802.1Q support gets a MAC VLAN on the same base
+        // instead: still a real sub-interface of the base device.
+        const char *const macvlan[] = {"ip", "link", "add", "link", baseName, "name", devName,
+                                       "type", "macvlan", nullptr};
+        if (run_ip(vlan))
+            kind = "vlan";
+        else if (run_ip(macvlan))
+            kind = "macvlan";
+        else
+            return -1;
     }
-    return device_put(key, std::string(baseName) + " " + num(type) + " " + num(vid)) ? 0 : -1;
+    return device_put(key, std::string(baseName) + " " + num(type) + " " + num(vid) + " " + kind) ? 0 : -1;
 }
 
 int libqv_netApi_remDev(const char *devName) {

@@ -169,6 +169,16 @@ char *qvsim_journal_text(void) {
     return dup_text(ss.str());
 }
 
+int qvsim_journal_count(const char *kind) {
+    if (kind == nullptr) return -1;
+    std::ifstream in(qvsim_common::journal_path());
+    std::string line, prefix = std::string(kind) + "\t";
+    int n = 0;
+    while (std::getline(in, line))
+        if (line == kind || line.compare(0, prefix.size(), prefix) == 0) ++n;
+    return n;
+}
+
 int qvsim_journal_clear(void) {
     if (!qvsim_common::make_dirs(qvsim_common::state_dir())) return -1;
     std::FILE *f = std::fopen(qvsim_common::journal_path().c_str(), "w");

@@ -31,14 +31,15 @@ namespace {
 
 // ---- instance addresses ---------------------------------------------------
 // Bits 0-15, 16-31 and 32-47 hold instance numbers 1 to 3, bits 48-49 their
-// count; bit 63 marks an address with a number outside 0 to 65535, which no
-// lookup finds.
+// count; bits 60-62 mark a level whose number lies outside 0 to 65535 and
+// bit 63 an address that did not parse: no lookup finds such an address.
 constexpr uint64_t kIaBad = 1ull << 63;
+constexpr uint64_t kIaBadLevels = 7ull << 60;
 
 QVS_IA ia_make(const Inst &inst) {
     uint64_t ia = 0;
     for (int i = 0; i < inst.count; ++i) {
-        if (inst.v[i] < 0 || inst.v[i] > 0xffff) ia |= kIaBad;
+        if (inst.v[i] < 0 || inst.v[i] > 0xffff) ia |= 1ull << (60 + i);
         ia |= (static_cast<uint64_t>(inst.v[i]) & 0xffffu) << (16 * i);
     }
     ia |= static_cast<uint64_t>(inst.count) << 48;
@@ -47,7 +48,7 @@ QVS_IA ia_make(const Inst &inst) {
 
 bool ia_inst(QVS_IA ia, Inst &inst) {
     inst = Inst();
-    if (ia & kIaBad) return false;
+    if (ia & (kIaBad | kIaBadLevels)) return false;
     inst.count = static_cast<int>((ia >> 48) & 3u);
     for (int i = 0; i < inst.count; ++i) inst.v[i] = static_cast<long>((ia >> (16 * i)) & 0xffffu);
     return true;
@@ -170,6 +171,29 @@ struct Write {
     std::string stored;
 };
 
+// The Wi-Fi driver's side of a scan request: a radio's
+// "X_QV_DiagnosticsState" written with a request ("Requested",
+// "Request_Force", "Request_partial") is answered at once as the device fact
+// "wifi.scan" says: "complete" sets it to "Complete" and the radio's
+// neighbour table count to the fact "wifi.scan_results" (when set), "error"
+// sets "Error"; anything else (the default) leaves the request pending.
+void simulate_driver(const ObjClass &c, const std::string &inst, const std::vector<Write> &writes) {
+    if (c.oid != QVS_OID_WIFI_RADIO) return;
+    for (auto &w : writes) {
+        if (std::strcmp(w.field->name, "X_QV_DiagnosticsState") != 0 || w.stored.rfind("Request", 0) != 0) continue;
+        std::string mode, count;
+        if (!device_get("wifi.scan", mode)) return;
+        if (mode == "complete") {
+            param_put(kRuntime, c.oid, inst, w.field->name, "Complete");
+            if (device_get("wifi.scan_results", count) && object_exists(kRuntime, QVS_OID_WIFI_NEIGHBOR, inst))
+                param_put(kRuntime, QVS_OID_WIFI_NEIGHBOR, inst, "ResultNumberOfEntries",
+                          std::to_string(std::strtoul(count.c_str(), nullptr, 10)));
+        } else if (mode == "error") {
+            param_put(kRuntime, c.oid, inst, w.field->name, "Error");
+        }
+    }
+}
+
 // Applies writes to one instance in one transaction: all or nothing. The
 // "write" faults fail the whole batch with -1 before anything is written.
 int apply_writes(const ObjClass &c, const std::string &inst, const std::vector<Write> &writes, bool notify) {
@@ -180,6 +204,7 @@ int apply_writes(const ObjClass &c, const std::string &inst, const std::vector<W
     if (!tx.ok() || !object_exists(kRuntime, c.oid, inst)) return -1;
     for (auto &w : writes)
         if (!param_put(kRuntime, c.oid, inst, w.field->name, w.stored)) return -1;
+    simulate_driver(c, inst, writes);
     if (!tx.commit()) return -1;
     if (!notify) journal("nnotify", std::to_string(c.oid), inst);
     for (auto &w : writes) journal("set", std::to_string(c.oid), inst, w.field->name, type_text(w.type), w.given);
@@ -270,10 +295,11 @@ QVS_IA qvsXmlSetIAValue(int level, QVS_IA ia, int instance) {
     int count = static_cast<int>((ia >> 48) & 3u);
     if (count < level) count = level;
     uint64_t shift = 16u * static_cast<unsigned>(level - 1);
-    QVS_IA out = (ia & ~((0xffffull << shift) | (3ull << 48))) |
+    uint64_t bad = 1ull << (60 + level - 1);
+    QVS_IA out = (ia & ~((0xffffull << shift) | (3ull << 48) | bad)) |
                  ((static_cast<uint64_t>(static_cast<uint32_t>(instance)) & 0xffffu) << shift) |
                  (static_cast<uint64_t>(count) << 48);
-    if (instance < 0 || instance > 0xffff) out |= kIaBad;
+    if (instance < 0 || instance > 0xffff) out |= bad;
     return out;
 }
 
@@ -292,7 +318,7 @@ void *qvsXml_GetObjectByName(QVS_XMLSHM_HANDLE handle, const char *path, int fla
     const ObjClass *c = resolve_path(path, i);
     if (c == nullptr || i.count != c->levels) return nullptr;
     QVS_IA ia = ia_make(i);
-    if (ia & kIaBad) return nullptr;
+    if (ia & kIaBadLevels) return nullptr;
     std::string inst;
     c = lookup(c->oid, ia, inst);
     return c != nullptr ? record_of(*c, inst) : nullptr;

@@ -1,0 +1,407 @@
+// Application route lists: for every rule index three list files (IP,
+// domain, MAC) under "/userconfig/config/approute", one entry per line, and
+// the route module fed through "/proc/approute/rule" with ADD_DATA, DEL_DATA
+// and CLR_DATA lines. The files are the authority; approute_reload_route
+// replays them into the module after a restart.
+#include <strings.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "core/command.hpp"
+#include "core/log.hpp"
+#include "steering/approute_common.hpp"
+#include "steering/list_file.hpp"
+
+namespace qvs::steering {
+namespace {
+
+constexpr char kRuleFile[] = "/proc/approute/rule";
+
+// List types as callers number them; the module's number is one more.
+constexpr unsigned kTypeIp = 0;
+constexpr unsigned kTypeDomain = 1;
+constexpr unsigned kTypeMac = 2;
+
+constexpr int kernel_type(unsigned api_type) { return static_cast<int>(api_type) + 1; }
+
+constexpr const char *file_prefix(unsigned api_type) {
+    switch (api_type) {
+        case kTypeIp: return "approute_ip";
+        case kTypeDomain: return "approute_domain";
+        case kTypeMac: return "approute_mac";
+        default: return nullptr;
+    }
+}
+
+using Path = CommandBuffer<128>;
+
+// "%s/%s%d" of the list file; stays empty for an unknown type.
+void list_path(Path &path, int n, unsigned api_type) {
+    const char *prefix = file_prefix(api_type);
+    if (prefix != nullptr)
+        path.format("%s/%s%d", kAppRouteDir, prefix, n);
+    else
+        path.format("%s", "");
+}
+
+void strip_line_end(char *text) {
+    std::size_t len = std::strlen(text);
+    if (len > 0 && text[len - 1] == '\n') text[len - 1] = '\0';
+}
+
+// ADD_DATA of one item or a comma-joined list (1024-byte command line).
+int approute_echo_add(int n, int ktype, char *text) {
+    strip_line_end(text);
+    if (ktype == 3)
+        for (char *p = text; *p != '\0'; ++p)
+            if (*p == '-') *p = ':';
+    if (QVS_REFUSE_UNSAFE(text)) return 0;
+    qvs::CommandBuffer<1024> cmd;
+    cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, ktype, text, kRuleFile);
+    qv_do_cmd(cmd.c_str());
+    return 0;
+}
+
+// DEL_DATA (128-byte command line: long lists are cut).
+int approute_echo_del(int n, int ktype, char *text) {
+    strip_line_end(text);
+    if (QVS_REFUSE_UNSAFE(text)) return 0;
+    CommandBuffer<128> cmd;
+    cmd.format("echo DEL_DATA index:%d type:%d list:%s > %s", n, ktype, text, kRuleFile);
+    qv_do_cmd(cmd.c_str());
+    return 0;
+}
+
+int approute_echo_clear(int n, int ktype) {
+    CommandBuffer<128> cmd;
+    cmd.format("echo CLR_DATA index:%d type:%d > %s", n, ktype, kRuleFile);
+    qv_do_cmd(cmd.c_str());
+    return 0;
+}
+
+// 1-based number of the first line beginning with needle (case ignored over
+// the needle's length); 0 when none or the file cannot be opened.
+int find_line_prefix_nocase(const char *path, const char *needle) {
+    File f(path, "r");
+    if (!f) return 0;
+    const std::size_t len = std::strlen(needle);
+    char line[1024];
+    int number = 0;
+    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
+        ++number;
+        if (::strncasecmp(line, needle, len) == 0) return number;
+    }
+    return 0;
+}
+
+// MAC lists are searched by case-blind prefix, the others by substring.
+int search(const char *path, unsigned api_type, const char *needle) {
+    return api_type == kTypeMac ? find_line_prefix_nocase(path, needle) : find_line_in_file(path, needle);
+}
+
+// Appends "%s\n"; logs under func and returns -1 when the file cannot be opened.
+int append_item(const char *path, const char *item, const char *func) {
+    File f(path, "a+");
+    if (!f) {
+        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
+        return -1;
+    }
+    std::fprintf(f.get(), "%s\n", item);
+    return 0;
+}
+
+void delete_line(int k, const char *path) {
+    CommandBuffer<128> cmd;
+    cmd.format("sed -i '%dd' %s", k, path);
+    qv_do_cmd(cmd.c_str());
+}
+
+int add_one(int n, unsigned api_type, char *item, const char *func) {
+    if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
+    Path path;
+    list_path(path, n, api_type);
+    int k = search(path.c_str(), api_type, item);
+    if (k != 0) return k;
+    if (append_item(path.c_str(), item, func) != 0) return -1;
+    if (api_type == kTypeMac) str_tolower(item);
+    approute_echo_add(n, kernel_type(api_type), item);
+    return 0;
+}
+
+int del_one(int n, unsigned api_type, char *item, const char *func) {
+    DirStep step = dir_step(ListDir::kAppRoute, func);
+    if (step == DirStep::kFailed) return -1;
+    if (step == DirStep::kCreated) return 0;
+    Path path;
+    list_path(path, n, api_type);
+    int k = search(path.c_str(), api_type, item);
+    if (k == 0) return 0;
+    delete_line(k, path.c_str());
+    if (api_type == kTypeMac) str_tolower(item);
+    approute_echo_del(n, kernel_type(api_type), item);
+    return 0;
+}
+
+int flush_one(int n, unsigned api_type, const char *func) {
+    DirStep step = dir_step(ListDir::kAppRoute, func);
+    if (step == DirStep::kFailed) return -1;
+    if (step == DirStep::kCreated) return 0;
+    Path path;
+    list_path(path, n, api_type);
+    File f(path.c_str(), "w");
+    if (!f) {
+        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path.c_str());
+        return -1;
+    }
+    f.close();
+    approute_echo_clear(n, kernel_type(api_type));
+    return 0;
+}
+
+// Line k of the file (256-byte buffer, line end kept); false when unread.
+bool read_line(const char *path, int k, char (&line)[256]) {
+    File f(path, "r");
+    if (!f) return false;
+    for (int i = 1; i <= k; ++i)
+        if (std::fgets(line, sizeof line, f.get()) == nullptr) return false;
+    return true;
+}
+
+// The domain replacement rule: an item found in a line replaces that line
+// (which moves an equal entry to the end of the file).
+int replace_domain(int n, const char *path, char *item, const char *func) {
+    int k = find_line_in_file(path, item);
+    if (k == 0) return append_item(path, item, func);
+    char line[256] = {};
+    if (!read_line(path, k, line)) return 0;
+    if (std::strcmp(line, item) == 0) return 0;
+    del_one(n, kTypeDomain, line, "approute_del_route_domain");
+    return add_one(n, kTypeDomain, item, "approute_add_route_domain") < 0 ? -1 : 0;
+}
+
+int add_list(int n, unsigned api_type, char *list, const char *func) {
+    if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
+    Path path;
+    list_path(path, n, api_type);
+    if (api_type == kTypeMac) {
+        char copy[577] = {};
+        std::snprintf(copy, sizeof copy, "%s", list);
+        str_tolower(copy);
+        approute_echo_add(n, 3, copy);
+    } else {
+        approute_echo_add(n, kernel_type(api_type), list);
+    }
+    char *save = nullptr;
+    for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
+        if (api_type == kTypeDomain) {
+            if (replace_domain(n, path.c_str(), item, func) != 0) return -1;
+            continue;
+        }
+        if (search(path.c_str(), api_type, item) != 0) continue;
+        if (append_item(path.c_str(), item, func) != 0) return -1;
+    }
+    return 0;
+}
+
+int del_list(int n, unsigned api_type, char *list, const char *func) {
+    DirStep step = dir_step(ListDir::kAppRoute, func);
+    if (step == DirStep::kFailed) return -1;
+    if (step == DirStep::kCreated) return 0;
+    Path path;
+    list_path(path, n, api_type);
+    if (api_type == kTypeMac) str_tolower(list);
+    approute_echo_del(n, kernel_type(api_type), list);
+    char *save = nullptr;
+    for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
+        int k = search(path.c_str(), api_type, item);
+        if (k != 0) delete_line(k, path.c_str());
+    }
+    return 0;
+}
+
+// Caller text: null is refused, and so is text that could change a command line.
+#define APPROUTE_CHECK_TEXT(text) \
+    do { \
+        if ((text) == nullptr || QVS_REFUSE_UNSAFE_LINE(text)) return -1; \
+    } while (0)
+
+}  // namespace
+}  // namespace qvs::steering
+
+using namespace qvs::steering;
+
+extern "C" {
+
+int approute_add_route_ip(int n, char *ip) {
+    APPROUTE_CHECK_TEXT(ip);
+    return add_one(n, kTypeIp, ip, __func__);
+}
+
+int approute_add_route_domain(int n, char *domain) {
+    APPROUTE_CHECK_TEXT(domain);
+    return add_one(n, kTypeDomain, domain, __func__);
+}
+
+int approute_add_route_mac(int n, char *mac) {
+    APPROUTE_CHECK_TEXT(mac);
+    return add_one(n, kTypeMac, mac, __func__);
+}
+
+int approute_del_route_ip(int n, char *ip) {
+    APPROUTE_CHECK_TEXT(ip);
+    return del_one(n, kTypeIp, ip, __func__);
+}
+
+int approute_del_route_domain(int n, char *domain) {
+    APPROUTE_CHECK_TEXT(domain);
+    return del_one(n, kTypeDomain, domain, __func__);
+}
+
+int approute_del_route_mac(int n, char *mac) {
+    APPROUTE_CHECK_TEXT(mac);
+    return del_one(n, kTypeMac, mac, __func__);
+}
+
+int approute_flush_route_ip(int n) { return flush_one(n, kTypeIp, __func__); }
+int approute_flush_route_domain(int n) { return flush_one(n, kTypeDomain, __func__); }
+int approute_flush_route_mac(int n) { return flush_one(n, kTypeMac, __func__); }
+
+int approute_add_route_iplist(int n, char *list) {
+    APPROUTE_CHECK_TEXT(list);
+    return add_list(n, kTypeIp, list, __func__);
+}
+
+int approute_add_route_domainlist(int n, char *list) {
+    APPROUTE_CHECK_TEXT(list);
+    return add_list(n, kTypeDomain, list, __func__);
+}
+
+int approute_add_route_maclist(int n, char *list) {
+    APPROUTE_CHECK_TEXT(list);
+    return add_list(n, kTypeMac, list, __func__);
+}
+
+int approute_del_route_iplist(int n, char *list) {
+    APPROUTE_CHECK_TEXT(list);
+    return del_list(n, kTypeIp, list, __func__);
+}
+
+int approute_del_route_domainlist(int n, char *list) {
+    APPROUTE_CHECK_TEXT(list);
+    return del_list(n, kTypeDomain, list, __func__);
+}
+
+int approute_del_route_maclist(int n, char *list) {
+    APPROUTE_CHECK_TEXT(list);
+    return del_list(n, kTypeMac, list, __func__);
+}
+
+int approute_add_route_list(int n, unsigned int type, char *list) {
+    switch (type) {
+        case kTypeIp: approute_add_route_iplist(n, list); break;
+        case kTypeDomain: approute_add_route_domainlist(n, list); break;
+        case kTypeMac: approute_add_route_maclist(n, list); break;
+        default: break;
+    }
+    return 0;
+}
+
+int approute_del_route_list(int n, unsigned int type, char *list) {
+    switch (type) {
+        case kTypeIp: approute_del_route_iplist(n, list); break;
+        case kTypeDomain: approute_del_route_domainlist(n, list); break;
+        case kTypeMac: approute_del_route_maclist(n, list); break;
+        default: break;
+    }
+    return 0;
+}
+
+int approute_set_route_all(int n, unsigned int type, char *list) {
+    // The whole list goes on the command line as it is: no line end allowed.
+    if (list == nullptr || QVS_REFUSE_UNSAFE(list)) return -1;
+    if (dir_step(ListDir::kAppRoute, __func__) == DirStep::kFailed) return -1;
+    if (file_prefix(type) == nullptr) return -1;
+    Path path;
+    list_path(path, n, type);
+    const int ktype = kernel_type(type);
+    qvs::CommandBuffer<1024> cmd;
+    cmd.format("echo CLR_DATA index:%d type:%d > %s", n, ktype, kRuleFile);
+    qv_do_cmd(cmd.c_str());
+    if (type == kTypeMac) {
+        char copy[577] = {};
+        std::snprintf(copy, sizeof copy, "%s", list);
+        str_tolower(copy);
+        cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, ktype, copy, kRuleFile);
+    } else {
+        cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, ktype, list, kRuleFile);
+    }
+    qv_do_cmd(cmd.c_str());
+    qvs::File f(path.c_str(), "w");
+    if (!f) return -1;
+    char *save = nullptr;
+    for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save))
+        std::fprintf(f.get(), "%s\n", item);
+    return 0;
+}
+
+int approute_reload_route(int n) {
+    DirStep step = dir_step(ListDir::kAppRoute, __func__);
+    if (step == DirStep::kFailed) return -1;
+    if (step == DirStep::kCreated) return 0;
+    for (unsigned type = kTypeIp; type <= kTypeMac; ++type) {
+        const int ktype = kernel_type(type);
+        approute_echo_clear(n, ktype);
+        Path path;
+        list_path(path, n, type);
+        qvs::File f(path.c_str(), "r");
+        if (!f) continue;
+        char line[512];
+        while (std::fgets(line, sizeof line, f.get()) != nullptr) {
+            if (type == kTypeMac) str_tolower(line);
+            approute_echo_add(n, ktype, line);
+        }
+    }
+    return 0;
+}
+
+int approute_get_route_all(int n, unsigned int type, char *out, int size) {
+    DirStep step = dir_step(ListDir::kAppRoute, __func__);
+    if (step == DirStep::kFailed) return -1;
+    if (step == DirStep::kCreated) return 0;
+    if (file_prefix(type) == nullptr) return -1;
+    if (out == nullptr || size < 1) return -1;
+    out[0] = '\0';
+    Path path;
+    list_path(path, n, type);
+    qvs::File f(path.c_str(), "r");
+    if (!f) return -1;
+    int count = 0;
+    std::size_t used = 0;
+    char line[512];
+    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
+        line[std::strcspn(line, " \t\n")] = '\0';
+        const std::size_t len = std::strlen(line);
+        if (len + used + 2 >= static_cast<std::size_t>(size)) continue;
+        if (count > 0) out[used++] = ',';
+        std::memcpy(out + used, line, len + 1);
+        used += len;
+        ++count;
+    }
+    return count;
+}
+
+int approute_get_route_count(int n, int type) {
+    if (::access(kAppRouteDir, W_OK) != 0) return 0;
+    Path path;
+    list_path(path, n, type >= 0 ? static_cast<unsigned>(type) : 3u);
+    qvs::File f(path.c_str(), "r");
+    if (!f) return 0;
+    int count = 0;
+    char line[1024];
+    while (std::fgets(line, sizeof line, f.get()) != nullptr) ++count;
+    return count;
+}
+
+}  // extern "C"
