@@ -54,8 +54,24 @@ bool setup_ip(bool domain) {
     return true;
 }
 
+// The sets and lists, made once per run (inside qvs-sandbox only).
+bool ready(benchmark::State &state) {
+    static int status = 0;  // 0 not yet, 1 ready, -1 failed
+    if (status == 0) {
+        if (std::getenv("QVS_SANDBOX") == nullptr) {
+            std::fprintf(stderr, "bench_vpnroute: run me inside qvs-sandbox (scripts/bench.sh)\n");
+            status = -1;
+        } else {
+            status = setup_ip(false) && setup_ip(true) ? 1 : -1;
+        }
+    }
+    if (status != 1) state.SkipWithError("the sets and lists could not be set up");
+    return status == 1;
+}
+
 // Reading the output alone: popen the same command, read every line.
 void read_output(benchmark::State &state, const char *set) {
+    if (!ready(state)) return;
     std::string cmd = std::string("ipset list ") + set + " 2> /dev/null | grep packets";
     long lines = 0;
     for (auto _ : state) {
@@ -70,6 +86,7 @@ void read_output(benchmark::State &state, const char *set) {
 }
 
 void statistics(benchmark::State &state, unsigned type) {
+    if (!ready(state)) return;
     std::size_t size = 1 << 20;
     char *out = static_cast<char *>(std::malloc(size));
     for (auto _ : state) {
@@ -98,18 +115,4 @@ BENCHMARK(BM_GetStatistics_Domain)->Unit(benchmark::kMillisecond)->MinTime(1.0)-
 
 }  // namespace
 
-int main(int argc, char **argv) {
-    if (std::getenv("QVS_SANDBOX") == nullptr) {
-        std::fprintf(stderr, "bench_vpnroute: run me inside qvs-sandbox (scripts/bench.sh)\n");
-        return 1;
-    }
-    if (!setup_ip(false) || !setup_ip(true)) {
-        std::fprintf(stderr, "bench_vpnroute: could not set up the sets and lists\n");
-        return 1;
-    }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+BENCHMARK_MAIN();
