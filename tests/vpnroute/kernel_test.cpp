@@ -245,6 +245,17 @@ TEST_F(VpnKernel, MembersLongerThan31CharactersCountUnderTheirFirst31) {
     EXPECT_STREQ(out, "2001:db8:1111:2222:3333:4444:5555:0/112@9%2001:db8::/32@0");
 }
 
+TEST_F(VpnKernel, DomainMembersWithoutACommentCountForNoEntry) {
+    write_file(domain_file(3), "a.example\n");
+    run("ipset add vpn_domain3 10.200.0.9 packets 5 bytes 300");
+    run("ipset add vpn_domain3 10.200.0.10 packets 7 bytes 300 comment \"\"");
+    run("ipset add vpn_domain3 10.200.0.11 packets 0 bytes 0 comment \"a.example\"");
+    run("ipset add vpn_domain3 10.200.0.12 packets 2 bytes 100 comment \"a.example\"");
+    char out[64] = {};
+    EXPECT_EQ(qvvpn_get_statistics(3, 1, out, sizeof out), 0);
+    EXPECT_STREQ(out, "a.example@2");
+}
+
 TEST_F(VpnKernel, StatisticsWithoutTheSetGiveZeroCounts) {
     write_file(ip_file(4), "10.1.1.1\n");
     char out[64] = {};
