@@ -1,0 +1,101 @@
+#include "steering/vpn_common.hpp"
+
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "core/command.hpp"
+#include "core/log.hpp"
+
+namespace qvs::vpn {
+
+DirState dir_step(const char *func) {
+    if (::access(kListDir, W_OK) == 0) return DirState::kReady;
+    if (::mkdir(kListDir, 0755) != 0) {
+        QVS_LOG_AS(func, kLogError, "creat vpn route dir error.\n");
+        return DirState::kFailed;
+    }
+    return DirState::kCreated;
+}
+
+void list_path(char (&out)[kPathSize], const char *prefix, int n) {
+    std::memset(out, 0, sizeof out);
+    std::snprintf(out, sizeof out, "%s/%s%d", kListDir, prefix, n);
+}
+
+const char *file_prefix_of(unsigned type) {
+    switch (type) {
+    case kTypeIp: return kIpFilePrefix;
+    case kTypeDomain: return kDomainFilePrefix;
+    case kTypeMac: return kMacFilePrefix;
+    default: return nullptr;
+    }
+}
+
+bool line_is_unsafe(const char *func, int line, const char *text) {
+    std::string_view v(text);
+    if (!v.empty() && v.back() == '\n') v.remove_suffix(1);
+    if (is_shell_safe(v)) return false;
+    ::qvs_log_print(kSourceFile, func, line, kLogError, "refused unsafe text [%s]\n", text);
+    return true;
+}
+
+void vpn_ipset_add(int n, int isMac, const char *member) {
+    CommandBuffer<kCmdSize> cmd;
+    cmd.format("ipset add %s%d %s 2> /dev/null", isMac != 0 ? kMacSet : kIpSet, n, member);
+    ::qv_do_cmd(cmd.c_str());
+}
+
+void vpn_ipset_flush(int n, unsigned type) {
+    const char *set = type == kTypeIp ? kIpSet : type == kTypeDomain ? kDomainSet : kMacSet;
+    CommandBuffer<kCmdSize> cmd;
+    cmd.format("ipset flush %s%d 2> /dev/null", set, n);
+    ::qv_do_cmd(cmd.c_str());
+}
+
+namespace {
+
+int hex_value(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+// Six fields of one or two hex digits each, read one after the other as
+// "%02hhx" reads them, except that a sign or a blank never starts a field:
+// "AA-BB-CC-DD-EE-FF" stops at the first dash instead of reading "-b" as a
+// negative number. Returns the number of bytes read.
+int scan_six_hex_bytes(const char *text, unsigned char (&b)[6]) {
+    const char *p = text;
+    for (int i = 0; i < 6; ++i) {
+        int hi = hex_value(*p);
+        if (hi < 0) return i;
+        ++p;
+        int lo = hex_value(*p);
+        if (lo < 0) {
+            b[i] = static_cast<unsigned char>(hi);
+            continue;
+        }
+        ++p;
+        b[i] = static_cast<unsigned char>(hi * 16 + lo);
+    }
+    return 6;
+}
+
+}  // namespace
+
+void mac_to_colon_form(const char *text, char *out) {
+    if (std::strchr(text, ':') != nullptr) {
+        std::snprintf(out, kMacTextSize, "%s", text);
+        return;
+    }
+    unsigned char b[6] = {};
+    if (scan_six_hex_bytes(text, b) == 6)
+        std::snprintf(out, kMacTextSize, "%02hhx:%02hhx:%02hhx:%02hhx:%02hhx:%02hhx", b[0], b[1], b[2], b[3], b[4],
+                      b[5]);
+}
+
+}  // namespace qvs::vpn

@@ -1,0 +1,180 @@
+// VPN route lists: the exact command lines handed to the platform's command
+// runner (from its journal), including those cut at 127 characters.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "qvs_utils.h"
+#include "test_support.hpp"
+#include "vpn_env.hpp"
+
+using qvstest::read_file;
+using qvstest::write_file;
+using namespace vpntest;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+const std::string kIp3 = "/userconfig/config/qvvpn/VPN_IP_3";
+const std::string kMac3 = "/userconfig/config/qvvpn/VPN_MAC_3";
+const std::string kDomain3 = "/userconfig/config/qvvpn/VPN_DOMAIN_3";
+
+class VpnCommands : public ::testing::Test {
+protected:
+    void SetUp() override {
+        prepare_dirs();
+        journal_clear();
+    }
+};
+
+TEST_F(VpnCommands, AddIp) {
+    EXPECT_EQ(qvvpn_add_route_ip(3, "10.1.2.3"), 0);
+    EXPECT_EQ(commands_run(), Lines{"ipset add vpn_ip3 10.1.2.3 2> /dev/null"});
+    journal_clear();
+    EXPECT_EQ(qvvpn_add_route_ip(3, "10.1.2"), 1);
+    EXPECT_EQ(commands_run(), Lines{});
+}
+
+TEST_F(VpnCommands, DelIp) {
+    write_file(kIp3, "10.0.0.12\n10.0.0.1\n");
+    EXPECT_EQ(qvvpn_del_route_ip(3, "10.0.0.1"), 0);
+    EXPECT_EQ(commands_run(), (Lines{"sed -i '1d' " + kIp3, "ipset del vpn_ip3 10.0.0.1 2> /dev/null"}));
+    journal_clear();
+    EXPECT_EQ(qvvpn_del_route_ip(3, "10.7.7.7"), 0);
+    EXPECT_EQ(commands_run(), Lines{});
+}
+
+TEST_F(VpnCommands, FlushEachList) {
+    EXPECT_EQ(qvvpn_flush_route_ip(3), 0);
+    EXPECT_EQ(qvvpn_flush_route_mac(3), 0);
+    EXPECT_EQ(qvvpn_flush_route_domain(3), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset flush vpn_ip3 2> /dev/null", "ipset flush vpn_mac3 2> /dev/null",
+                                     "ipset flush vpn_domain3 2> /dev/null"}));
+}
+
+TEST_F(VpnCommands, AddMacInColonFormAndTheEmptyMemberOfADashedMac) {
+    char plain[] = "AABBCCDDEEFF";
+    EXPECT_EQ(qvvpn_add_route_mac(3, plain), 0);
+    char colon[] = "00:1A:2B:3C:4D:5E";
+    EXPECT_EQ(qvvpn_add_route_mac(3, colon), 0);
+    char dashed[] = "AA-BB-CC-DD-EE-FF";
+    EXPECT_EQ(qvvpn_add_route_mac(3, dashed), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset add vpn_mac3 aa:bb:cc:dd:ee:ff 2> /dev/null",
+                                     "ipset add vpn_mac3 00:1a:2b:3c:4d:5e 2> /dev/null",
+                                     "ipset add vpn_mac3  2> /dev/null"}));
+    EXPECT_EQ(read_file(kMac3), "aabbccddeeff\n00:1a:2b:3c:4d:5e\naa-bb-cc-dd-ee-ff\n");
+}
+
+TEST_F(VpnCommands, AddMacWithFewerThanSixBytesGivesAnEmptyMember) {
+    char odd[] = "ABCDEF012345";
+    EXPECT_EQ(qvvpn_add_route_mac(3, odd), 0);
+    char too_short[] = "abcdef";
+    EXPECT_EQ(qvvpn_add_route_mac(3, too_short), 1);  // substring of line 1
+    char five[] = "0102030405";
+    EXPECT_EQ(qvvpn_add_route_mac(3, five), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset add vpn_mac3 ab:cd:ef:01:23:45 2> /dev/null",
+                                     "ipset add vpn_mac3  2> /dev/null"}));
+}
+
+TEST_F(VpnCommands, DelMac) {
+    write_file(kMac3, "00:11:22:33:44:55\naabbccddeeff\n");
+    char mac[] = "AABBCCDDEEFF";
+    EXPECT_EQ(qvvpn_del_route_mac(3, mac), 0);
+    EXPECT_EQ(commands_run(), (Lines{"sed -i '2d' " + kMac3, "ipset del vpn_mac3 aa:bb:cc:dd:ee:ff 2> /dev/null"}));
+    journal_clear();
+    char gone[] = "AABBCCDDEEFF";
+    EXPECT_EQ(qvvpn_del_route_mac(3, gone), 0);
+    EXPECT_EQ(commands_run(), Lines{});
+}
+
+TEST_F(VpnCommands, DomainChangesRunNoIpsetAddOnlyTheFlushOfTheDomainSet) {
+    EXPECT_EQ(qvvpn_add_route_domain(3, "a.example"), 0);
+    EXPECT_EQ(qvvpn_add_route_domain(3, "b.example"), 0);
+    EXPECT_EQ(commands_run(), Lines{});
+    EXPECT_EQ(qvvpn_del_route_domain(3, "b.example"), 0);
+    EXPECT_EQ(commands_run(), (Lines{"sed -i '2d' " + kDomain3, "ipset flush vpn_domain3 2> /dev/null"}));
+    journal_clear();
+    EXPECT_EQ(qvvpn_del_route_domain(3, "zzz"), 0);
+    EXPECT_EQ(commands_run(), Lines{"ipset flush vpn_domain3 2> /dev/null"});
+}
+
+TEST_F(VpnCommands, ReloadRunsItsStepsInOrderAndFlushesTheDomainFilePrefix) {
+    write_file(kIp3, "10.1.2.0/24\n");
+    write_file(kDomain3, "a.example\n");
+    write_file(kMac3, "aabbccddeeff\n02:00:00:00:00:01\nAA-BB\n");
+    EXPECT_EQ(qvvpn_reload_route(3), 0);
+    // A colon-form line keeps its line end on the command line.
+    EXPECT_EQ(commands_run(),
+              (Lines{"ipset flush vpn_ip3 2> /dev/null", "ipset restore -f /var/vpn_ipset_save -exist",
+                     "ipset flush VPN_DOMAIN_3 2> /dev/null", "ipset flush vpn_mac3 2> /dev/null",
+                     "ipset add vpn_mac3 aa:bb:cc:dd:ee:ff 2> /dev/null",
+                     "ipset add vpn_mac3 02:00:00:00:00:01\n 2> /dev/null", "ipset add vpn_mac3  2> /dev/null"}));
+    EXPECT_EQ(read_file("/var/vpn_ipset_save"), "add vpn_ip3 10.1.2.0/24\n");
+    EXPECT_EQ(read_file(dnsmasq_file(3)), "a.example vpn_domain3 1\n");
+}
+
+TEST_F(VpnCommands, ReloadWithoutListFilesRunsOnlyTheFlushes) {
+    EXPECT_EQ(qvvpn_reload_route(3), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset flush vpn_ip3 2> /dev/null", "ipset flush VPN_DOMAIN_3 2> /dev/null",
+                                     "ipset flush vpn_mac3 2> /dev/null"}));
+}
+
+TEST_F(VpnCommands, ReloadModeRunsOnlyItsPart) {
+    write_file(kIp3, "10.1.2.0/24\n");
+    write_file(kMac3, "aabbccddeeff\n");
+    EXPECT_EQ(qvvpn_reload_route_mode(3, 0), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset flush vpn_ip3 2> /dev/null", "ipset restore -f /var/vpn_ipset_save -exist"}));
+    journal_clear();
+    EXPECT_EQ(qvvpn_reload_route_mode(3, 1), 0);
+    EXPECT_EQ(commands_run(), Lines{"ipset flush VPN_DOMAIN_3 2> /dev/null"});
+    journal_clear();
+    EXPECT_EQ(qvvpn_reload_route_mode(3, 2), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset flush vpn_mac3 2> /dev/null", "ipset add vpn_mac3 aa:bb:cc:dd:ee:ff 2> /dev/null"}));
+    journal_clear();
+    EXPECT_EQ(qvvpn_reload_route_mode(3, 9), 0);
+    EXPECT_EQ(commands_run(), Lines{});
+}
+
+TEST_F(VpnCommands, SetRouteAllReloadsTheListItWrote) {
+    char ips[] = "10.1.1.1%10.2.2.2";
+    EXPECT_EQ(qvvpn_set_route_all(3, 0, ips), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset flush vpn_ip3 2> /dev/null", "ipset restore -f /var/vpn_ipset_save -exist"}));
+    EXPECT_EQ(read_file("/var/vpn_ipset_save"), "add vpn_ip3 10.1.1.1\nadd vpn_ip3 10.2.2.2\n");
+    journal_clear();
+    char macs[] = "0200000000AB";
+    EXPECT_EQ(qvvpn_set_route_all(3, 2, macs), 0);
+    EXPECT_EQ(commands_run(), (Lines{"ipset flush vpn_mac3 2> /dev/null", "ipset add vpn_mac3 02:00:00:00:00:ab 2> /dev/null"}));
+}
+
+TEST_F(VpnCommands, LongIpTextIsCutWithTheCommandAt127Characters) {
+    std::string ip(120, '1');
+    EXPECT_EQ(qvvpn_add_route_ip(3, ip.c_str()), 0);
+    std::string full = "ipset add vpn_ip3 " + ip + " 2> /dev/null";
+    EXPECT_EQ(commands_run(), Lines{full.substr(0, 127)});
+    EXPECT_EQ(read_file(kIp3), ip + "\n");  // the file keeps the whole text
+    journal_clear();
+    EXPECT_EQ(qvvpn_del_route_ip(3, ip.c_str()), 0);
+    std::string del = "ipset del vpn_ip3 " + ip + " 2> /dev/null";
+    EXPECT_EQ(commands_run(), (Lines{"sed -i '1d' " + kIp3, del.substr(0, 127)}));
+}
+
+TEST_F(VpnCommands, TheSmallestIndexNamesFileAndSetWithPercentD) {
+    write_file(kDir + "/VPN_IP_-2147483648", "10.1.1.1\n");
+    EXPECT_EQ(qvvpn_del_route_ip(-2147483648, "10.1.1.1"), 0);
+    EXPECT_EQ(commands_run(), (Lines{"sed -i '1d' " + kDir + "/VPN_IP_-2147483648",
+                                     "ipset del vpn_ip-2147483648 10.1.1.1 2> /dev/null"}));
+    EXPECT_EQ(read_file(kDir + "/VPN_IP_-2147483648"), "");
+}
+
+TEST_F(VpnCommands, ListingsAndStatisticsRunNoCommandThroughTheRunner) {
+    write_file(kIp3, "10.1.1.1\n");
+    char out[64] = {};
+    EXPECT_EQ(qvvpn_get_route_all(3, 0, out, sizeof out), 1);
+    EXPECT_EQ(qvvpn_get_statistics(3, 0, out, sizeof out), 0);
+    EXPECT_EQ(qvvpn_get_pkgCount(3), 0u);
+    EXPECT_EQ(all_commands(), Lines{});
+}
+
+}  // namespace
