@@ -1,8 +1,8 @@
 # Front door. `make test` and `make run` do all set-up on a fresh machine.
 SHELL := /bin/bash
-PRESETS := host host-asan armhf
+PRESETS := host host-asan host-release armhf
 
-.PHONY: all deps build test run clean $(addprefix build-,$(PRESETS) host-release) $(addprefix test-,$(PRESETS)) bench
+.PHONY: all deps build test run bench clean size $(addprefix build-,$(PRESETS)) $(addprefix test-,$(PRESETS))
 
 all: build
 
@@ -10,14 +10,19 @@ deps:
 	@bash scripts/install-deps.sh
 	@bash scripts/fetch-sources.sh
 
-build-%: deps
-	cmake --preset $* >/dev/null
-	cmake --build --preset $*
+# One explicit configure-and-build rule per preset (phony targets take no
+# pattern rules).
+define preset_rules
+build-$(1): deps
+	cmake --preset $(1) >/dev/null
+	cmake --build --preset $(1)
+
+test-$(1): build-$(1)
+	ctest --preset $(1)
+endef
+$(foreach p,$(PRESETS),$(eval $(call preset_rules,$(p))))
 
 build: build-host
-
-test-%: build-%
-	ctest --preset $*
 
 # Every suite: the host build, the host build under ASan/UBSan, and the
 # armhf build under qemu-user; then the checks on the shipped object itself.
@@ -34,6 +39,9 @@ run: build-host
 
 bench: build-host-release
 	bash scripts/bench.sh build/host-release
+
+size: build-armhf
+	bash scripts/size-report.sh build/armhf
 
 clean:
 	rm -rf build
