@@ -4,66 +4,10 @@
 #include <cstring>
 
 #include "qvs_utils.h"
+#include "list_commands.hpp"
 #include "qvsctl.hpp"
 
 namespace {
-
-bool parse_index(const char *text, int &n) {
-    long long v = 0;
-    if (!qvsctl::parse_int(text, -2147483648LL, 2147483647LL, v)) return false;
-    n = static_cast<int>(v);
-    return true;
-}
-
-bool parse_type(const char *text, unsigned &type) {
-    long long v = 0;
-    if (!qvsctl::parse_int(text, 0, 4294967295LL, v)) return false;
-    type = static_cast<unsigned>(v);
-    return true;
-}
-
-// Functions of (n, text) whose text is not changed.
-template <int (*F)(int, const char *)>
-int run_text(char **argv) {
-    int n = 0;
-    if (!parse_index(argv[0], n)) return qvsctl::kBadArgs;
-    qvsctl::print_result(F(n, argv[1]));
-    return qvsctl::kRan;
-}
-
-// Functions of (n, text) that change the text in place: show it afterwards.
-template <int (*F)(int, char *)>
-int run_mac(char **argv) {
-    int n = 0;
-    if (!parse_index(argv[0], n)) return qvsctl::kBadArgs;
-    qvsctl::print_result(F(n, argv[1]));
-    qvsctl::print_text("mac", argv[1]);
-    return qvsctl::kRan;
-}
-
-template <int (*F)(int)>
-int run_index(char **argv) {
-    int n = 0;
-    if (!parse_index(argv[0], n)) return qvsctl::kBadArgs;
-    qvsctl::print_result(F(n));
-    return qvsctl::kRan;
-}
-
-int run_reload_mode(char **argv) {
-    int n = 0;
-    unsigned type = 0;
-    if (!parse_index(argv[0], n) || !parse_type(argv[1], type)) return qvsctl::kBadArgs;
-    qvsctl::print_result(qvvpn_reload_route_mode(n, type));
-    return qvsctl::kRan;
-}
-
-int run_set_all(char **argv) {
-    int n = 0;
-    unsigned type = 0;
-    if (!parse_index(argv[0], n) || !parse_type(argv[1], type)) return qvsctl::kBadArgs;
-    qvsctl::print_result(qvvpn_set_route_all(n, type, argv[2]));
-    return qvsctl::kRan;
-}
 
 // (n, type, out, size) listings; the buffer size defaults to 4096 bytes.
 template <int (*F)(int, unsigned, char *, int)>
@@ -71,7 +15,7 @@ int run_listing(char **argv, int argc_given, const char *name) {
     int n = 0;
     unsigned type = 0;
     long long size = 4096;
-    if (!parse_index(argv[0], n) || !parse_type(argv[1], type)) return qvsctl::kBadArgs;
+    if (!qvsctl::parse_index(argv[0], n) || !qvsctl::parse_type(argv[1], type)) return qvsctl::kBadArgs;
     if (argc_given > 2 && !qvsctl::parse_int(argv[2], 1, 16 * 1024 * 1024, size)) return qvsctl::kBadArgs;
     char *out = static_cast<char *>(std::calloc(static_cast<size_t>(size), 1));
     if (out == nullptr) return qvsctl::kBadArgs;
@@ -92,24 +36,24 @@ int run_stats(char **argv) { return run_listing<qvvpn_get_statistics>(argv, argc
 
 int run_pkg(char **argv) {
     int n = 0;
-    if (!parse_index(argv[0], n)) return qvsctl::kBadArgs;
+    if (!qvsctl::parse_index(argv[0], n)) return qvsctl::kBadArgs;
     qvsctl::print_result(static_cast<long long>(qvvpn_get_pkgCount(n)));
     return qvsctl::kRan;
 }
 
 const qvsctl::Command kCommands[] = {
-    {"qvvpn_add_route_ip", "<n> <ip>", "add an IP or network to tunnel n's list and set", 2, 2, run_text<qvvpn_add_route_ip>},
-    {"qvvpn_del_route_ip", "<n> <ip>", "delete the first IP line containing the text", 2, 2, run_text<qvvpn_del_route_ip>},
-    {"qvvpn_flush_route_ip", "<n>", "empty the IP list and set", 1, 1, run_index<qvvpn_flush_route_ip>},
-    {"qvvpn_add_route_domain", "<n> <domain>", "add a domain, rewrite the dnsmasq file, signal dnsmasq", 2, 2, run_text<qvvpn_add_route_domain>},
-    {"qvvpn_del_route_domain", "<n> <domain>", "delete a domain, empty the domain set, signal dnsmasq", 2, 2, run_text<qvvpn_del_route_domain>},
-    {"qvvpn_flush_route_domain", "<n>", "empty the domain list, set and dnsmasq file", 1, 1, run_index<qvvpn_flush_route_domain>},
-    {"qvvpn_add_route_mac", "<n> <mac>", "add a MAC (lower-cased) to the list and set", 2, 2, run_mac<qvvpn_add_route_mac>},
-    {"qvvpn_del_route_mac", "<n> <mac>", "delete a MAC from the list and set", 2, 2, run_mac<qvvpn_del_route_mac>},
-    {"qvvpn_flush_route_mac", "<n>", "empty the MAC list and set", 1, 1, run_index<qvvpn_flush_route_mac>},
-    {"qvvpn_reload_route", "<n>", "refill tunnel n's sets and dnsmasq file from the list files", 1, 1, run_index<qvvpn_reload_route>},
-    {"qvvpn_reload_route_mode", "<n> <type 0|1|2>", "reload one list", 2, 2, run_reload_mode},
-    {"qvvpn_set_route_all", "<n> <type> <item%item...>", "replace a whole list", 3, 3, run_set_all},
+    {"qvvpn_add_route_ip", "<n> <ip>", "add an IP or network to tunnel n's list and set", 2, 2, qvsctl::run_index_text<qvvpn_add_route_ip>},
+    {"qvvpn_del_route_ip", "<n> <ip>", "delete the first IP line containing the text", 2, 2, qvsctl::run_index_text<qvvpn_del_route_ip>},
+    {"qvvpn_flush_route_ip", "<n>", "empty the IP list and set", 1, 1, qvsctl::run_index<qvvpn_flush_route_ip>},
+    {"qvvpn_add_route_domain", "<n> <domain>", "add a domain, rewrite the dnsmasq file, signal dnsmasq", 2, 2, qvsctl::run_index_text<qvvpn_add_route_domain>},
+    {"qvvpn_del_route_domain", "<n> <domain>", "delete a domain, empty the domain set, signal dnsmasq", 2, 2, qvsctl::run_index_text<qvvpn_del_route_domain>},
+    {"qvvpn_flush_route_domain", "<n>", "empty the domain list, set and dnsmasq file", 1, 1, qvsctl::run_index<qvvpn_flush_route_domain>},
+    {"qvvpn_add_route_mac", "<n> <mac>", "add a MAC (lower-cased) to the list and set", 2, 2, qvsctl::run_index_text_shown<qvvpn_add_route_mac, qvsctl::kShowMac>},
+    {"qvvpn_del_route_mac", "<n> <mac>", "delete a MAC from the list and set", 2, 2, qvsctl::run_index_text_shown<qvvpn_del_route_mac, qvsctl::kShowMac>},
+    {"qvvpn_flush_route_mac", "<n>", "empty the MAC list and set", 1, 1, qvsctl::run_index<qvvpn_flush_route_mac>},
+    {"qvvpn_reload_route", "<n>", "refill tunnel n's sets and dnsmasq file from the list files", 1, 1, qvsctl::run_index<qvvpn_reload_route>},
+    {"qvvpn_reload_route_mode", "<n> <type 0|1|2>", "reload one list", 2, 2, qvsctl::run_typed<qvvpn_reload_route_mode>},
+    {"qvvpn_set_route_all", "<n> <type> <item%item...>", "replace a whole list", 3, 3, qvsctl::run_typed_list<qvvpn_set_route_all>},
     {"qvvpn_get_route_all", "<n> <type> [size]", "the list's items joined by %", 2, 3, run_get_all},
     {"qvvpn_get_statistics", "<n> <type> [size]", "entry@packets per list entry, joined by %", 2, 3, run_stats},
     {"qvvpn_get_pkgCount", "<n>", "packet sum of tunnel n's chain listing file", 1, 1, run_pkg},
