@@ -271,7 +271,10 @@ char *qvsim_dump_text(int saved) {
         for (const std::string &inst : instances(area, c.oid)) {
             Inst i;
             parse_inst(inst.c_str(), i);
-            out += "[" + format_path(c, i) + "]\n";
+            // Appended piecewise: GCC 12 at -O3 warns falsely on "[" + string.
+            out += '[';
+            out += format_path(c, i);
+            out += "]\n";
             for (std::size_t f = 0; f < c.field_count; ++f) {
                 std::string v;
                 param_get(area, c, inst, c.fields[f], v);

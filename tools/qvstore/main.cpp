@@ -110,7 +110,10 @@ int main(int argc, char **argv) {
     if (cmd == "fault" && n == 1 && std::strcmp(a[0], "clear") == 0) return done(qvsim_fault_clear());
     if (cmd == "fault" && n >= 1) {
         std::string text;
-        for (int i = 0; i < n; ++i) text += (i ? " " : "") + std::string(a[i]);
+        for (int i = 0; i < n; ++i) {
+            if (i > 0) text += ' ';
+            text += a[i];
+        }
         return done(qvsim_fault_add(text.c_str()));
     }
     if (cmd == "modules" && n == 3) {
