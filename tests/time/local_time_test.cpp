@@ -17,6 +17,7 @@
 using qvstest::CaptureFd;
 using timetest::LogLine;
 using timetest::parse_log;
+using timetest::utc;
 
 namespace {
 
@@ -31,17 +32,6 @@ std::string reference(long long seconds, bool always_blank = false) {
     std::snprintf(buf, sizeof buf, blank ? "%04d-%02d-%02d %02d:%02d:%02d" : "%04d-%02d-%02dT%02d:%02d:%02d",
                   tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec);
     return buf;
-}
-
-long long utc(int y, int mo, int d, int h, int mi, int s) {
-    struct tm tm {};
-    tm.tm_year = y - 1900;
-    tm.tm_mon = mo - 1;
-    tm.tm_mday = d;
-    tm.tm_hour = h;
-    tm.tm_min = mi;
-    tm.tm_sec = s;
-    return static_cast<long long>(timegm(&tm));
 }
 
 struct tm local_tm(int y, int mo, int d, int h, int mi, int s) {

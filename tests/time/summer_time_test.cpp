@@ -13,19 +13,9 @@
 using qvstest::CaptureFd;
 using timetest::LogLine;
 using timetest::parse_log;
+using timetest::utc;
 
 namespace {
-
-long long utc(int y, int mo, int d, int h, int mi, int s) {
-    struct tm tm {};
-    tm.tm_year = y - 1900;
-    tm.tm_mon = mo - 1;
-    tm.tm_mday = d;
-    tm.tm_hour = h;
-    tm.tm_min = mi;
-    tm.tm_sec = s;
-    return static_cast<long long>(timegm(&tm));
-}
 
 // Day of the month of the last Sunday of March or October.
 int last_sunday(int year, int month) {

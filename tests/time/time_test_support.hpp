@@ -20,6 +20,9 @@ struct LogLine {
 // Splits captured standard error into util_printf records of "qvs_utils.cpp".
 std::vector<LogLine> parse_log(const std::string &err);
 
+// Seconds since 1970 of a UTC calendar time (timegm).
+long long utc(int y, int mo, int d, int h, int mi, int s);
+
 // The process's own zone for the calendar functions (mktime, localtime).
 void use_zone(const char *tz);
 
