@@ -3,15 +3,9 @@
 #pragma once
 
 #include "core/command.hpp"
+#include "steering/list_file.hpp"
 
 namespace qvs::steering {
-
-// Outcome of the directory step.
-enum class DirStep {
-    kPresent,  // the directory was writable already
-    kCreated,  // it was missing and has just been created (mode 0755)
-    kFailed,   // it could not be created; the message has been logged
-};
 
 // The two list directories and their messages when they cannot be created.
 enum class ListDir {
@@ -21,9 +15,8 @@ enum class ListDir {
 inline constexpr char kAppRouteDir[] = "/userconfig/config/approute";
 inline constexpr char kAppFilterDir[] = "/userconfig/config/appfilter";
 
-// If the directory is not writable, creates it with mode 0755 (missing
-// parents too, each with mode 0755). On failure logs its message at level 1
-// under func.
+// The directory step of list_dir_step for one of the two directories, with
+// its own message.
 DirStep dir_step(ListDir which, const char *func);
 
 // True when text is shell-safe once one trailing line end is set aside

@@ -1,11 +1,22 @@
 #include "steering/list_file.hpp"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cctype>
 #include <cstring>
 
 #include "core/command.hpp"
+#include "core/log.hpp"
 
 namespace qvs::steering {
+
+DirStep list_dir_step(const char *dir, const char *func, const char *fail_text) {
+    if (::access(dir, W_OK) == 0) return DirStep::kPresent;
+    if (::mkdir(dir, 0755) == 0) return DirStep::kCreated;
+    QVS_LOG_AS(func, kLogError, "%s", fail_text);
+    return DirStep::kFailed;
+}
 
 int find_line_in_file(const char *path, const char *needle) {
     File f(path, "r");

@@ -3,21 +3,15 @@
 #include <cstdio>
 #include <cstring>
 #include <string_view>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "core/command.hpp"
 #include "core/log.hpp"
+#include "steering/list_file.hpp"
 
 namespace qvs::vpn {
 
-DirState dir_step(const char *func) {
-    if (::access(kListDir, W_OK) == 0) return DirState::kReady;
-    if (::mkdir(kListDir, 0755) != 0) {
-        QVS_LOG_AS(func, kLogError, "creat vpn route dir error.\n");
-        return DirState::kFailed;
-    }
-    return DirState::kCreated;
+steering::DirStep dir_step(const char *func) {
+    return steering::list_dir_step(kListDir, func, "creat vpn route dir error.\n");
 }
 
 void list_path(char (&out)[kPathSize], const char *prefix, int n) {

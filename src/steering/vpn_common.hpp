@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "steering/list_file.hpp"
+
 namespace qvs::vpn {
 
 inline constexpr char kListDir[] = "/userconfig/config/qvvpn";
@@ -31,12 +33,11 @@ inline constexpr std::size_t kDomainPieceSize = 64;
 inline constexpr std::size_t kMacTextSize = 32;
 inline constexpr std::size_t kPidLineSize = 128;
 
-// Outcome of the first step of every list function.
-enum class DirState { kReady, kCreated, kFailed };
+using steering::DirStep;
 
-// The list directory must be writable; when it is not it is created (0755).
-// A failed creation logs "creat vpn route dir error.\n" under func.
-DirState dir_step(const char *func);
+// The directory step (list_dir_step) for the list directory; a failed
+// creation logs "creat vpn route dir error.\n" under func.
+DirStep dir_step(const char *func);
 
 // "%s/%s%d" into a cleared 128-byte buffer (cut at 127 characters).
 void list_path(char (&out)[kPathSize], const char *prefix, int n);

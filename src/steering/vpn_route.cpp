@@ -116,7 +116,7 @@ extern "C" {
 
 int qvvpn_add_route_ip(int n, const char *ip) {
     if (ip == nullptr || QVS_REFUSE_UNSAFE(ip)) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
     int found = find_line_in_file(path, ip);
@@ -128,9 +128,9 @@ int qvvpn_add_route_ip(int n, const char *ip) {
 
 int qvvpn_del_route_ip(int n, const char *ip) {
     if (ip == nullptr || QVS_REFUSE_UNSAFE(ip)) return -1;
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
     int k = find_line_in_file(path, ip);
@@ -142,9 +142,9 @@ int qvvpn_del_route_ip(int n, const char *ip) {
 }
 
 int qvvpn_flush_route_ip(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
     if (truncate_list(__func__, path) != 0) return -1;
@@ -154,7 +154,7 @@ int qvvpn_flush_route_ip(int n) {
 
 int qvvpn_add_route_domain(int n, const char *domain) {
     if (domain == nullptr) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
     int found = find_line_in_file(path, domain);
@@ -165,9 +165,9 @@ int qvvpn_add_route_domain(int n, const char *domain) {
 
 int qvvpn_del_route_domain(int n, const char *domain) {
     if (domain == nullptr) return -1;
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
     int found = 0;
@@ -195,9 +195,9 @@ int qvvpn_del_route_domain(int n, const char *domain) {
 }
 
 int qvvpn_flush_route_domain(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
     if (truncate_list(__func__, path) != 0) return -1;
@@ -208,7 +208,7 @@ int qvvpn_flush_route_domain(int n) {
 
 int qvvpn_add_route_mac(int n, char *mac) {
     if (mac == nullptr || QVS_REFUSE_UNSAFE(mac)) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     str_tolower(mac);
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
@@ -224,9 +224,9 @@ int qvvpn_add_route_mac(int n, char *mac) {
 
 int qvvpn_del_route_mac(int n, char *mac) {
     if (mac == nullptr || QVS_REFUSE_UNSAFE(mac)) return -1;
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     str_tolower(mac);
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
@@ -242,9 +242,9 @@ int qvvpn_del_route_mac(int n, char *mac) {
 }
 
 int qvvpn_flush_route_mac(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
     if (truncate_list(__func__, path) != 0) return -1;
@@ -253,9 +253,9 @@ int qvvpn_flush_route_mac(int n) {
 }
 
 int qvvpn_reload_route(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     reload_ip(n);
     reload_domain(n);
     reload_mac(__func__, n);
@@ -263,9 +263,9 @@ int qvvpn_reload_route(int n) {
 }
 
 int qvvpn_reload_route_mode(int n, unsigned int type) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     return reload_mode(__func__, n, type);
 }
 
@@ -273,7 +273,7 @@ int qvvpn_set_route_all(int n, unsigned int type, char *list) {
     if (list == nullptr) return -1;
     // IP and MAC items end up on ipset command lines; domains only in files.
     if (type != kTypeDomain && QVS_REFUSE_UNSAFE(list)) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr) return -1;
     char path[kPathSize];
@@ -290,9 +290,9 @@ int qvvpn_set_route_all(int n, unsigned int type, char *list) {
 }
 
 int qvvpn_get_route_all(int n, unsigned int type, char *out, int size) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr || out == nullptr || size < 1) return -1;
     out[0] = '\0';

@@ -1,6 +1,7 @@
 // Application route lists: list files, command lines sent to the route
 // module and what the simulated module holds afterwards.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cctype>
 #include <cstdio>
@@ -56,8 +57,11 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(qvstest::in_sandbox());
         ASSERT_EQ(qvsim_reset(), 0);
+        // The gateway always has /userconfig/config; the list directory is
+        // made by the library (its parent never is).
+        ASSERT_EQ(::mkdir("/userconfig/config", 0755), 0);
     }
-    static void make_dir() { qvstest::run("mkdir -p " + kDir); }
+    static void make_dir() { ASSERT_EQ(::mkdir(kDir.c_str(), 0755), 0); }
     static void clear_journal() { qvsim_journal_clear(); }
     // Puts items into the file and the module through the library.
     static void seed(int (*fn)(int, char *), int n, const std::vector<std::string> &items) {
@@ -210,6 +214,40 @@ TEST_F(AppRoute, ReadOnlyUserconfigFailsAndKeepsTheFiles) {
     EXPECT_EQ(file(kIp1), "10.0.0.1\n");
     EXPECT_THAT(cmds(), IsEmpty());
     EXPECT_EQ(held("approute", 1, 1), "10.0.0.1");
+    auto l = logs();
+    ASSERT_EQ(l.size(), 8u);
+    const char *funcs[] = {"approute_add_route_ip", "approute_del_route_ip", "approute_flush_route_ip",
+                           "approute_add_route_iplist", "approute_del_route_iplist", "approute_set_route_all",
+                           "approute_reload_route", "approute_get_route_all"};
+    for (std::size_t i = 0; i < l.size(); ++i) {
+        EXPECT_EQ(l[i].func, funcs[i]);
+        EXPECT_EQ(l[i].level, 1);
+        EXPECT_EQ(l[i].message, "creat vpn route dir error.\n");
+    }
+}
+
+TEST_F(AppRoute, WithoutUserconfigConfigEveryDirectoryStepFails) {
+    // The directory is made with one mkdir: a missing parent is not created.
+    ASSERT_EQ(::rmdir("/userconfig/config"), 0);
+    Text ip("10.0.0.1");
+    EXPECT_EQ(approute_add_route_ip(1, ip.get()), -1);
+    Text ip2("10.0.0.1");
+    EXPECT_EQ(approute_del_route_ip(1, ip2.get()), -1);
+    EXPECT_EQ(approute_flush_route_ip(1), -1);
+    Text list("10.0.0.3,10.0.0.4");
+    EXPECT_EQ(approute_add_route_iplist(1, list.get()), -1);
+    Text dlist("10.0.0.1");
+    EXPECT_EQ(approute_del_route_iplist(1, dlist.get()), -1);
+    Text all("10.0.0.5");
+    EXPECT_EQ(approute_set_route_all(1, 0, all.get()), -1);
+    EXPECT_EQ(approute_reload_route(1), -1);
+    char out[64] = "untouched";
+    EXPECT_EQ(approute_get_route_all(1, 0, out, sizeof out), -1);
+    EXPECT_STREQ(out, "untouched");
+    EXPECT_EQ(approute_get_route_count(1, 0), 0);
+    EXPECT_FALSE(qvstest::exists("/userconfig/config"));
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_EQ(held("approute", 1, 1), "");
     auto l = logs();
     ASSERT_EQ(l.size(), 8u);
     const char *funcs[] = {"approute_add_route_ip", "approute_del_route_ip", "approute_flush_route_ip",
