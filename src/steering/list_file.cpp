@@ -5,6 +5,7 @@
 
 #include <cctype>
 #include <cstring>
+#include <string_view>
 
 #include "core/command.hpp"
 #include "core/log.hpp"
@@ -28,6 +29,13 @@ int find_line_in_file(const char *path, const char *needle) {
         if (std::strstr(line, needle) != nullptr) return number;
     }
     return 0;
+}
+
+bool refuse_unsafe_line(const char *func, int line, const char *text) {
+    if (text == nullptr) return false;
+    std::string_view t(text);
+    if (!t.empty() && t.back() == '\n') t.remove_suffix(1);
+    return !is_shell_safe(t) && refuse_unsafe_text(func, line, text);
 }
 
 char *str_tolower(char *text) {

@@ -21,7 +21,17 @@ DirStep list_dir_step(const char *dir, const char *func, const char *fail_text);
 // opened. A substring test on purpose: 10.0.0.1 finds a stored 10.0.0.12.
 int find_line_in_file(const char *path, const char *needle);
 
+// Refuses text that would change a shell command line once one trailing line
+// end is set aside (the line end of a list line is removed or harmless before
+// the text reaches a command): logs "refused unsafe text [%s]\n" at level 1
+// under func and line, as the refusal of caller text does, and gives true.
+// A null text is not refused here.
+bool refuse_unsafe_line(const char *func, int line, const char *text);
+
 // Lower-cases text in place through the C library's tolower table; returns text.
 char *str_tolower(char *text);
 
 }  // namespace qvs::steering
+
+// The same under the calling function's own name and line.
+#define QVS_REFUSE_UNSAFE_LINE(text) ::qvs::steering::refuse_unsafe_line(__func__, __LINE__, (text))

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 #include "core/command.hpp"
 #include "core/log.hpp"
@@ -26,14 +25,6 @@ const char *file_prefix_of(unsigned type) {
     case kTypeMac: return kMacFilePrefix;
     default: return nullptr;
     }
-}
-
-bool line_is_unsafe(const char *func, int line, const char *text) {
-    std::string_view v(text);
-    if (!v.empty() && v.back() == '\n') v.remove_suffix(1);
-    if (is_shell_safe(v)) return false;
-    ::qvs_log_print(kSourceFile, func, line, kLogError, "refused unsafe text [%s]\n", text);
-    return true;
 }
 
 void vpn_ipset_add(int n, int isMac, const char *member) {

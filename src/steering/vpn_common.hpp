@@ -45,12 +45,6 @@ void list_path(char (&out)[kPathSize], const char *prefix, int n);
 // File prefix of a list type; nullptr for an unknown type.
 const char *file_prefix_of(unsigned type);
 
-// True when text, leaving out one trailing line end, holds characters that
-// would change a shell command line (logged under func, like the refusal of
-// caller text).
-bool line_is_unsafe(const char *func, int line, const char *text);
-
-
 // "ipset add %s%d %s 2> /dev/null" with "vpn_mac" when isMac, else "vpn_ip".
 void vpn_ipset_add(int n, int isMac, const char *member);
 // "ipset flush %s%d 2> /dev/null" with "vpn_ip" (0), "vpn_domain" (1),

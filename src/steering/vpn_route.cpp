@@ -95,7 +95,7 @@ void reload_mac(const char *func, int n) {
         std::memset(mac, 0, sizeof mac);
         mac_to_colon_form(line, mac);
         // A line that would change the command is left out of the set.
-        if (line_is_unsafe(func, __LINE__, mac)) continue;
+        if (qvs::steering::refuse_unsafe_line(func, __LINE__, mac)) continue;
         vpn_ipset_add(n, 1, mac);
     }
 }
