@@ -101,30 +101,13 @@ int search(const char *path, unsigned api_type, const char *needle) {
     return api_type == kTypeMac ? find_line_prefix_nocase(path, needle) : find_line_in_file(path, needle);
 }
 
-// Appends "%s\n"; logs under func and returns -1 when the file cannot be opened.
-int append_item(const char *path, const char *item, const char *func) {
-    File f(path, "a+");
-    if (!f) {
-        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    std::fprintf(f.get(), "%s\n", item);
-    return 0;
-}
-
-void delete_line(int k, const char *path) {
-    CommandBuffer<128> cmd;
-    cmd.format("sed -i '%dd' %s", k, path);
-    qv_do_cmd(cmd.c_str());
-}
-
 int add_one(int n, unsigned api_type, char *item, const char *func) {
     if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
     Path path;
     list_path(path, n, api_type);
     int k = search(path.c_str(), api_type, item);
     if (k != 0) return k;
-    if (append_item(path.c_str(), item, func) != 0) return -1;
+    if (append_list_line(func, path.c_str(), item) != 0) return -1;
     if (api_type == kTypeMac) str_tolower(item);
     approute_echo_add(n, kernel_type(api_type), item);
     return 0;
@@ -138,7 +121,7 @@ int del_one(int n, unsigned api_type, char *item, const char *func) {
     list_path(path, n, api_type);
     int k = search(path.c_str(), api_type, item);
     if (k == 0) return 0;
-    delete_line(k, path.c_str());
+    delete_list_line(k, path.c_str());
     if (api_type == kTypeMac) str_tolower(item);
     approute_echo_del(n, kernel_type(api_type), item);
     return 0;
@@ -173,7 +156,7 @@ bool read_line(const char *path, int k, char (&line)[256]) {
 // (which moves an equal entry to the end of the file).
 int replace_domain(int n, const char *path, char *item, const char *func) {
     int k = find_line_in_file(path, item);
-    if (k == 0) return append_item(path, item, func);
+    if (k == 0) return append_list_line(func, path, item);
     char line[256] = {};
     if (!read_line(path, k, line)) return 0;
     if (std::strcmp(line, item) == 0) return 0;
@@ -200,7 +183,7 @@ int add_list(int n, unsigned api_type, char *list, const char *func) {
             continue;
         }
         if (search(path.c_str(), api_type, item) != 0) continue;
-        if (append_item(path.c_str(), item, func) != 0) return -1;
+        if (append_list_line(func, path.c_str(), item) != 0) return -1;
     }
     return 0;
 }
@@ -216,7 +199,7 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
         int k = search(path.c_str(), api_type, item);
-        if (k != 0) delete_line(k, path.c_str());
+        if (k != 0) delete_list_line(k, path.c_str());
     }
     return 0;
 }

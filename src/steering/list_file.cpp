@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <cstdio>
 #include <cstring>
 #include <string_view>
 
@@ -36,6 +37,22 @@ bool refuse_unsafe_line(const char *func, int line, const char *text) {
     std::string_view t(text);
     if (!t.empty() && t.back() == '\n') t.remove_suffix(1);
     return !is_shell_safe(t) && refuse_unsafe_text(func, line, text);
+}
+
+int append_list_line(const char *func, const char *path, const char *text) {
+    File f(path, "a+");
+    if (!f) {
+        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
+        return -1;
+    }
+    std::fprintf(f.get(), "%s\n", text);
+    return 0;
+}
+
+void delete_list_line(int k, const char *path) {
+    CommandBuffer<128> cmd;
+    cmd.format("sed -i '%dd' %s", k, path);
+    ::qv_do_cmd(cmd.c_str());
 }
 
 char *str_tolower(char *text) {

@@ -28,6 +28,15 @@ int find_line_in_file(const char *path, const char *needle);
 // A null text is not refused here.
 bool refuse_unsafe_line(const char *func, int line, const char *text);
 
+// Appends "%s\n" to the list file (opened "a+"). When it cannot be opened,
+// logs "open file %s failed.\n" with the path at level 1 under func and
+// gives -1; 0 otherwise.
+int append_list_line(const char *func, const char *path, const char *text);
+
+// Deletes line k (1-based) of the file by "sed -i '%dd' %s" (128-byte
+// command line, cut at 127 characters).
+void delete_list_line(int k, const char *path);
+
 // Lower-cases text in place through the C library's tolower table; returns text.
 char *str_tolower(char *text);
 

@@ -11,22 +11,13 @@
 #include "steering/vpn_common.hpp"
 
 using qvs::File;
+using qvs::steering::append_list_line;
+using qvs::steering::delete_list_line;
 using qvs::steering::find_line_in_file;
 using qvs::steering::str_tolower;
 using namespace qvs::vpn;
 
 namespace {
-
-// Appends "%s\n" to the list file; -1 (logged) when it cannot be opened.
-int append_line(const char *func, const char *path, const char *text) {
-    File f(path, "a+");
-    if (!f) {
-        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    std::fprintf(f.get(), "%s\n", text);
-    return 0;
-}
 
 // Truncates the list file; -1 (logged) when it cannot be opened.
 int truncate_list(const char *func, const char *path) {
@@ -36,12 +27,6 @@ int truncate_list(const char *func, const char *path) {
         return -1;
     }
     return 0;
-}
-
-void delete_line(int line, const char *path) {
-    qvs::CommandBuffer<kCmdSize> cmd;
-    cmd.format("sed -i '%dd' %s", line, path);
-    ::qv_do_cmd(cmd.c_str());
 }
 
 void ipset_del(const char *set, int n, const char *member) {
@@ -121,7 +106,7 @@ int qvvpn_add_route_ip(int n, const char *ip) {
     list_path(path, kIpFilePrefix, n);
     int found = find_line_in_file(path, ip);
     if (found > 0) return found;
-    if (append_line(__func__, path, ip) != 0) return -1;
+    if (append_list_line(__func__, path, ip) != 0) return -1;
     vpn_ipset_add(n, 0, ip);
     return 0;
 }
@@ -135,7 +120,7 @@ int qvvpn_del_route_ip(int n, const char *ip) {
     list_path(path, kIpFilePrefix, n);
     int k = find_line_in_file(path, ip);
     if (k > 0) {
-        delete_line(k, path);
+        delete_list_line(k, path);
         ipset_del(kIpSet, n, ip);
     }
     return 0;
@@ -158,7 +143,7 @@ int qvvpn_add_route_domain(int n, const char *domain) {
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
     int found = find_line_in_file(path, domain);
-    if (found == 0 && append_line(__func__, path, domain) != 0) return -1;
+    if (found == 0 && append_list_line(__func__, path, domain) != 0) return -1;
     update_dnsmasq_ipset_conf(n);
     return found;
 }
@@ -188,7 +173,7 @@ int qvvpn_del_route_domain(int n, const char *domain) {
             }
         }
     }
-    if (found > 0) delete_line(found, path);
+    if (found > 0) delete_list_line(found, path);
     vpn_ipset_flush(n, kTypeDomain);
     update_dnsmasq_ipset_conf(n);
     return 0;
@@ -214,7 +199,7 @@ int qvvpn_add_route_mac(int n, char *mac) {
     list_path(path, kMacFilePrefix, n);
     int found = find_line_in_file(path, mac);
     if (found > 0) return found;
-    if (append_line(__func__, path, mac) != 0) return -1;
+    if (append_list_line(__func__, path, mac) != 0) return -1;
     char colon[kMacTextSize];
     std::memset(colon, 0, sizeof colon);
     mac_to_colon_form(mac, colon);
@@ -232,7 +217,7 @@ int qvvpn_del_route_mac(int n, char *mac) {
     list_path(path, kMacFilePrefix, n);
     int k = find_line_in_file(path, mac);
     if (k > 0) {
-        delete_line(k, path);
+        delete_list_line(k, path);
         char colon[kMacTextSize];
         std::memset(colon, 0, sizeof colon);
         mac_to_colon_form(mac, colon);
