@@ -133,12 +133,7 @@ int flush_one(int n, unsigned api_type, const char *func) {
     if (step == DirStep::kCreated) return 0;
     Path path;
     list_path(path, n, api_type);
-    File f(path.c_str(), "w");
-    if (!f) {
-        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path.c_str());
-        return -1;
-    }
-    f.close();
+    if (write_list_file(func, path.c_str(), "") != 0) return -1;
     approute_echo_clear(n, kernel_type(api_type));
     return 0;
 }

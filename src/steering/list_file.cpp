@@ -49,6 +49,16 @@ int append_list_line(const char *func, const char *path, const char *text) {
     return 0;
 }
 
+int write_list_file(const char *func, const char *path, const char *text) {
+    File f(path, "w");
+    if (!f) {
+        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
+        return -1;
+    }
+    std::fputs(text, f.get());
+    return 0;
+}
+
 void delete_list_line(int k, const char *path) {
     CommandBuffer<128> cmd;
     cmd.format("sed -i '%dd' %s", k, path);

@@ -33,6 +33,11 @@ bool refuse_unsafe_line(const char *func, int line, const char *text);
 // gives -1; 0 otherwise.
 int append_list_line(const char *func, const char *path, const char *text);
 
+// Replaces the file's content by text ("" leaves it empty; opened "w").
+// When it cannot be opened, logs "open file %s failed.\n" with the path at
+// level 1 under func and gives -1; 0 otherwise.
+int write_list_file(const char *func, const char *path, const char *text);
+
 // Deletes line k (1-based) of the file by "sed -i '%dd' %s" (128-byte
 // command line, cut at 127 characters).
 void delete_list_line(int k, const char *path);

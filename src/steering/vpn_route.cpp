@@ -15,19 +15,10 @@ using qvs::steering::append_list_line;
 using qvs::steering::delete_list_line;
 using qvs::steering::find_line_in_file;
 using qvs::steering::str_tolower;
+using qvs::steering::write_list_file;
 using namespace qvs::vpn;
 
 namespace {
-
-// Truncates the list file; -1 (logged) when it cannot be opened.
-int truncate_list(const char *func, const char *path) {
-    File f(path, "w");
-    if (!f) {
-        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    return 0;
-}
 
 void ipset_del(const char *set, int n, const char *member) {
     qvs::CommandBuffer<kCmdSize> cmd;
@@ -132,7 +123,7 @@ int qvvpn_flush_route_ip(int n) {
     if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
-    if (truncate_list(__func__, path) != 0) return -1;
+    if (write_list_file(__func__, path, "") != 0) return -1;
     vpn_ipset_flush(n, kTypeIp);
     return 0;
 }
@@ -185,7 +176,7 @@ int qvvpn_flush_route_domain(int n) {
     if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
-    if (truncate_list(__func__, path) != 0) return -1;
+    if (write_list_file(__func__, path, "") != 0) return -1;
     vpn_ipset_flush(n, kTypeDomain);
     update_dnsmasq_ipset_conf(n);
     return 0;
@@ -232,7 +223,7 @@ int qvvpn_flush_route_mac(int n) {
     if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
-    if (truncate_list(__func__, path) != 0) return -1;
+    if (write_list_file(__func__, path, "") != 0) return -1;
     vpn_ipset_flush(n, kTypeMac);
     return 0;
 }
