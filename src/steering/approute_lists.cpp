@@ -350,24 +350,10 @@ int approute_get_route_all(int n, unsigned int type, char *out, int size) {
     if (step == DirStep::kCreated) return 0;
     if (file_prefix(type) == nullptr) return -1;
     if (out == nullptr || size < 1) return -1;
-    out[0] = '\0';
     Path path;
     list_path(path, n, type);
-    qvs::File f(path.c_str(), "r");
-    if (!f) return -1;
-    int count = 0;
-    std::size_t used = 0;
-    char line[512];
-    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
-        line[std::strcspn(line, " \t\n")] = '\0';
-        const std::size_t len = std::strlen(line);
-        if (len + used + 2 >= static_cast<std::size_t>(size)) continue;
-        if (count > 0) out[used++] = ',';
-        std::memcpy(out + used, line, len + 1);
-        used += len;
-        ++count;
-    }
-    return count;
+    // Each line is cut at its first space or tab and at its line end.
+    return join_list_lines(path.c_str(), ',', " \t\n", out, size);
 }
 
 int approute_get_route_count(int n, int type) {

@@ -65,6 +65,26 @@ void delete_list_line(int k, const char *path) {
     ::qv_do_cmd(cmd.c_str());
 }
 
+int join_list_lines(const char *path, char sep, const char *cut_at, char *out, int size) {
+    out[0] = '\0';
+    File f(path, "r");
+    if (!f) return -1;
+    char line[512];
+    std::memset(line, 0, sizeof line);
+    std::size_t used = 0;
+    int count = 0;
+    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
+        line[std::strcspn(line, cut_at)] = '\0';
+        const std::size_t len = std::strlen(line);
+        if (len + used + 2 >= static_cast<std::size_t>(size)) continue;
+        if (count > 0) out[used++] = sep;
+        std::memcpy(out + used, line, len + 1);
+        used += len;
+        ++count;
+    }
+    return count;
+}
+
 char *str_tolower(char *text) {
     for (char *p = text; *p != '\0'; ++p)
         *p = static_cast<char>(std::tolower(static_cast<unsigned char>(*p)));

@@ -42,6 +42,13 @@ int write_list_file(const char *func, const char *path, const char *text);
 // command line, cut at 127 characters).
 void delete_list_line(int k, const char *path);
 
+// Joins the lines of the file into out (size bytes, at least 1; emptied
+// first), separated by sep. Each line (read with a 512-byte buffer) is cut
+// at its first character of cut_at; it is appended while its length plus
+// the length already used plus 2 is below size, otherwise skipped. Number of
+// lines appended; -1 when the file cannot be opened.
+int join_list_lines(const char *path, char sep, const char *cut_at, char *out, int size);
+
 // Lower-cases text in place through the C library's tolower table; returns text.
 char *str_tolower(char *text);
 

@@ -14,6 +14,7 @@ using qvs::File;
 using qvs::steering::append_list_line;
 using qvs::steering::delete_list_line;
 using qvs::steering::find_line_in_file;
+using qvs::steering::join_list_lines;
 using qvs::steering::str_tolower;
 using qvs::steering::write_list_file;
 using namespace qvs::vpn;
@@ -271,27 +272,10 @@ int qvvpn_get_route_all(int n, unsigned int type, char *out, int size) {
     if (d == DirStep::kCreated) return 0;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr || out == nullptr || size < 1) return -1;
-    out[0] = '\0';
     char path[kPathSize];
     list_path(path, prefix, n);
-    File f(path, "r");
-    if (!f) return -1;
-    char line[kListLineSize];
-    std::memset(line, 0, sizeof line);
-    std::size_t used = 0;
-    int count = 0;
-    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
-        if (char *p = std::strchr(line, ' ')) *p = '\0';
-        if (char *p = std::strchr(line, '\n')) *p = '\0';
-        std::size_t len = std::strlen(line);
-        if (len + used + 2 < static_cast<std::size_t>(size)) {
-            if (count > 0) out[used++] = '%';
-            std::memcpy(out + used, line, len + 1);
-            used += len;
-            ++count;
-        }
-    }
-    return count;
+    // Each line is cut at its first space and at its line end.
+    return join_list_lines(path, '%', " \n", out, size);
 }
 
 }  // extern "C"
