@@ -13,7 +13,8 @@ enum class DirStep {
 
 // If dir is not writable, creates it with one mkdir, mode 0755 (its parent
 // must exist: missing parents are not created). When that fails, logs
-// fail_text at level 1 under func, the calling exported function's name.
+// fail_text at level 1 under func (the exported list function's name, or
+// the helper's own name where the helper owns the directory).
 DirStep list_dir_step(const char *dir, const char *func, const char *fail_text);
 
 // 1-based number of the first line of the file that contains needle as a
@@ -54,5 +55,5 @@ char *str_tolower(char *text);
 
 }  // namespace qvs::steering
 
-// The same under the calling function's own name and line.
+// refuse_unsafe_line under the calling function's own name and line.
 #define QVS_REFUSE_UNSAFE_LINE(text) ::qvs::steering::refuse_unsafe_line(__func__, __LINE__, (text))
