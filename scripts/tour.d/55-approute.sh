@@ -1,6 +1,7 @@
 # Application route lists: per rule index an IP, a domain and a MAC list
 # file under /userconfig/config/approute, mirrored into the route module
 # through "echo ... > /proc/approute/rule" lines (module types 1, 2, 3).
+mkdir -p /userconfig/config  # always present on the gateway
 show() { echo "  module rule 1 type $1: $(qvstore modules approute 1 "$1")"; }
 echo "qvsctl approute approute_add_route_ip 1 10.0.0.12  -> appended, ADD_DATA sent"
 qvsctl approute approute_add_route_ip 1 10.0.0.12

@@ -1,6 +1,7 @@
 # Application filter lists: per rule index one comma-joined line per list
 # type under /userconfig/config/appfilter; every change clears the filter
 # module's list and adds each item again ("echo ... > /proc/appfilter/rule").
+mkdir -p /userconfig/config  # always present on the gateway
 show() { echo "  module rule 2 type $1: $(qvstore modules appfilter 2 "$1")"; }
 echo "qvsctl appfilter appfilter_add_route_iplist 2 10.0.0.12,10.0.0.2 -> the file is one line"
 qvsctl appfilter appfilter_add_route_iplist 2 10.0.0.12,10.0.0.2

@@ -12,6 +12,7 @@
 #include "core/command.hpp"
 #include "core/log.hpp"
 #include "steering/approute_common.hpp"
+#include "steering/list_file.hpp"
 
 namespace qvs::steering {
 namespace {
@@ -91,18 +92,6 @@ void read_first_line(File &f, char *list) {
     f.close();
 }
 
-// Writes the list back whole; logs under func and gives -1 when the file
-// cannot be opened for writing.
-int write_list(const char *path, const char *list, const char *func) {
-    File f(path, "w");
-    if (!f) {
-        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    std::fputs(list, f.get());
-    return 0;
-}
-
 int edit_list(int n, unsigned type, char *items, bool add, const char *func) {
     if (dir_step(ListDir::kAppFilter, func) == DirStep::kFailed) return -1;
     Path path;
@@ -123,7 +112,7 @@ int edit_list(int n, unsigned type, char *items, bool add, const char *func) {
         else
             list_remove_item(list.get(), item);
     }
-    if (write_list(path.c_str(), list.get(), func) != 0) return -1;
+    if (write_list_file(func, path.c_str(), list.get()) != 0) return -1;
     update_data_list_to_appfilter_module(n, type);
     return 0;
 }
@@ -132,7 +121,7 @@ int flush_list(int n, unsigned type, const char *func) {
     if (dir_step(ListDir::kAppFilter, func) == DirStep::kFailed) return -1;
     Path path;
     list_path(path, n, type);
-    if (write_list(path.c_str(), "", func) != 0) return -1;
+    if (write_list_file(func, path.c_str(), "") != 0) return -1;
     update_data_list_to_appfilter_module(n, type);
     return 0;
 }

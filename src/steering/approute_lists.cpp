@@ -101,30 +101,13 @@ int search(const char *path, unsigned api_type, const char *needle) {
     return api_type == kTypeMac ? find_line_prefix_nocase(path, needle) : find_line_in_file(path, needle);
 }
 
-// Appends "%s\n"; logs under func and returns -1 when the file cannot be opened.
-int append_item(const char *path, const char *item, const char *func) {
-    File f(path, "a+");
-    if (!f) {
-        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    std::fprintf(f.get(), "%s\n", item);
-    return 0;
-}
-
-void delete_line(int k, const char *path) {
-    CommandBuffer<128> cmd;
-    cmd.format("sed -i '%dd' %s", k, path);
-    qv_do_cmd(cmd.c_str());
-}
-
 int add_one(int n, unsigned api_type, char *item, const char *func) {
     if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
     Path path;
     list_path(path, n, api_type);
     int k = search(path.c_str(), api_type, item);
     if (k != 0) return k;
-    if (append_item(path.c_str(), item, func) != 0) return -1;
+    if (append_list_line(func, path.c_str(), item) != 0) return -1;
     if (api_type == kTypeMac) str_tolower(item);
     approute_echo_add(n, kernel_type(api_type), item);
     return 0;
@@ -138,7 +121,7 @@ int del_one(int n, unsigned api_type, char *item, const char *func) {
     list_path(path, n, api_type);
     int k = search(path.c_str(), api_type, item);
     if (k == 0) return 0;
-    delete_line(k, path.c_str());
+    delete_list_line(k, path.c_str());
     if (api_type == kTypeMac) str_tolower(item);
     approute_echo_del(n, kernel_type(api_type), item);
     return 0;
@@ -150,12 +133,7 @@ int flush_one(int n, unsigned api_type, const char *func) {
     if (step == DirStep::kCreated) return 0;
     Path path;
     list_path(path, n, api_type);
-    File f(path.c_str(), "w");
-    if (!f) {
-        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path.c_str());
-        return -1;
-    }
-    f.close();
+    if (write_list_file(func, path.c_str(), "") != 0) return -1;
     approute_echo_clear(n, kernel_type(api_type));
     return 0;
 }
@@ -173,7 +151,7 @@ bool read_line(const char *path, int k, char (&line)[256]) {
 // (which moves an equal entry to the end of the file).
 int replace_domain(int n, const char *path, char *item, const char *func) {
     int k = find_line_in_file(path, item);
-    if (k == 0) return append_item(path, item, func);
+    if (k == 0) return append_list_line(func, path, item);
     char line[256] = {};
     if (!read_line(path, k, line)) return 0;
     if (std::strcmp(line, item) == 0) return 0;
@@ -200,7 +178,7 @@ int add_list(int n, unsigned api_type, char *list, const char *func) {
             continue;
         }
         if (search(path.c_str(), api_type, item) != 0) continue;
-        if (append_item(path.c_str(), item, func) != 0) return -1;
+        if (append_list_line(func, path.c_str(), item) != 0) return -1;
     }
     return 0;
 }
@@ -216,7 +194,7 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
         int k = search(path.c_str(), api_type, item);
-        if (k != 0) delete_line(k, path.c_str());
+        if (k != 0) delete_list_line(k, path.c_str());
     }
     return 0;
 }
@@ -372,24 +350,10 @@ int approute_get_route_all(int n, unsigned int type, char *out, int size) {
     if (step == DirStep::kCreated) return 0;
     if (file_prefix(type) == nullptr) return -1;
     if (out == nullptr || size < 1) return -1;
-    out[0] = '\0';
     Path path;
     list_path(path, n, type);
-    qvs::File f(path.c_str(), "r");
-    if (!f) return -1;
-    int count = 0;
-    std::size_t used = 0;
-    char line[512];
-    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
-        line[std::strcspn(line, " \t\n")] = '\0';
-        const std::size_t len = std::strlen(line);
-        if (len + used + 2 >= static_cast<std::size_t>(size)) continue;
-        if (count > 0) out[used++] = ',';
-        std::memcpy(out + used, line, len + 1);
-        used += len;
-        ++count;
-    }
-    return count;
+    // Each line is cut at its first space or tab and at its line end.
+    return join_list_lines(path.c_str(), ',', " \t\n", out, size);
 }
 
 int approute_get_route_count(int n, int type) {

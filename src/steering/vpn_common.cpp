@@ -2,22 +2,15 @@
 
 #include <cstdio>
 #include <cstring>
-#include <string_view>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "core/command.hpp"
 #include "core/log.hpp"
+#include "steering/list_file.hpp"
 
 namespace qvs::vpn {
 
-DirState dir_step(const char *func) {
-    if (::access(kListDir, W_OK) == 0) return DirState::kReady;
-    if (::mkdir(kListDir, 0755) != 0) {
-        QVS_LOG_AS(func, kLogError, "creat vpn route dir error.\n");
-        return DirState::kFailed;
-    }
-    return DirState::kCreated;
+steering::DirStep dir_step(const char *func) {
+    return steering::list_dir_step(kListDir, func, "creat vpn route dir error.\n");
 }
 
 void list_path(char (&out)[kPathSize], const char *prefix, int n) {
@@ -32,14 +25,6 @@ const char *file_prefix_of(unsigned type) {
     case kTypeMac: return kMacFilePrefix;
     default: return nullptr;
     }
-}
-
-bool line_is_unsafe(const char *func, int line, const char *text) {
-    std::string_view v(text);
-    if (!v.empty() && v.back() == '\n') v.remove_suffix(1);
-    if (is_shell_safe(v)) return false;
-    ::qvs_log_print(kSourceFile, func, line, kLogError, "refused unsafe text [%s]\n", text);
-    return true;
 }
 
 void vpn_ipset_add(int n, int isMac, const char *member) {

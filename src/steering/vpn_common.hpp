@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "steering/list_file.hpp"
+
 namespace qvs::vpn {
 
 inline constexpr char kListDir[] = "/userconfig/config/qvvpn";
@@ -31,24 +33,17 @@ inline constexpr std::size_t kDomainPieceSize = 64;
 inline constexpr std::size_t kMacTextSize = 32;
 inline constexpr std::size_t kPidLineSize = 128;
 
-// Outcome of the first step of every list function.
-enum class DirState { kReady, kCreated, kFailed };
+using steering::DirStep;
 
-// The list directory must be writable; when it is not it is created (0755).
-// A failed creation logs "creat vpn route dir error.\n" under func.
-DirState dir_step(const char *func);
+// The directory step (list_dir_step) for the list directory; a failed
+// creation logs "creat vpn route dir error.\n" under func.
+DirStep dir_step(const char *func);
 
 // "%s/%s%d" into a cleared 128-byte buffer (cut at 127 characters).
 void list_path(char (&out)[kPathSize], const char *prefix, int n);
 
 // File prefix of a list type; nullptr for an unknown type.
 const char *file_prefix_of(unsigned type);
-
-// True when text, leaving out one trailing line end, holds characters that
-// would change a shell command line (logged under func, like the refusal of
-// caller text).
-bool line_is_unsafe(const char *func, int line, const char *text);
-
 
 // "ipset add %s%d %s 2> /dev/null" with "vpn_mac" when isMac, else "vpn_ip".
 void vpn_ipset_add(int n, int isMac, const char *member);

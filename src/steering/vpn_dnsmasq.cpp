@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "core/command.hpp"
@@ -39,10 +38,8 @@ void send_reload_sig_to_dnsmasq() {
 }  // namespace
 
 int update_dnsmasq_ipset_conf(int n) {
-    if (::access(kDnsmasqDir, W_OK) != 0 && ::mkdir(kDnsmasqDir, 0755) != 0) {
-        QVS_LOG(kLogError, "creat dnsmasq ipset dir error.\n");
+    if (steering::list_dir_step(kDnsmasqDir, __func__, "creat dnsmasq ipset dir error.\n") == DirStep::kFailed)
         return -1;
-    }
     char list[kPathSize];
     list_path(list, kDomainFilePrefix, n);
     char conf[kPathSize];

@@ -11,38 +11,15 @@
 #include "steering/vpn_common.hpp"
 
 using qvs::File;
+using qvs::steering::append_list_line;
+using qvs::steering::delete_list_line;
 using qvs::steering::find_line_in_file;
+using qvs::steering::join_list_lines;
 using qvs::steering::str_tolower;
+using qvs::steering::write_list_file;
 using namespace qvs::vpn;
 
 namespace {
-
-// Appends "%s\n" to the list file; -1 (logged) when it cannot be opened.
-int append_line(const char *func, const char *path, const char *text) {
-    File f(path, "a+");
-    if (!f) {
-        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    std::fprintf(f.get(), "%s\n", text);
-    return 0;
-}
-
-// Truncates the list file; -1 (logged) when it cannot be opened.
-int truncate_list(const char *func, const char *path) {
-    File f(path, "w");
-    if (!f) {
-        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    return 0;
-}
-
-void delete_line(int line, const char *path) {
-    qvs::CommandBuffer<kCmdSize> cmd;
-    cmd.format("sed -i '%dd' %s", line, path);
-    ::qv_do_cmd(cmd.c_str());
-}
 
 void ipset_del(const char *set, int n, const char *member) {
     qvs::CommandBuffer<kCmdSize> cmd;
@@ -95,7 +72,7 @@ void reload_mac(const char *func, int n) {
         std::memset(mac, 0, sizeof mac);
         mac_to_colon_form(line, mac);
         // A line that would change the command is left out of the set.
-        if (line_is_unsafe(func, __LINE__, mac)) continue;
+        if (qvs::steering::refuse_unsafe_line(func, __LINE__, mac)) continue;
         vpn_ipset_add(n, 1, mac);
     }
 }
@@ -116,58 +93,58 @@ extern "C" {
 
 int qvvpn_add_route_ip(int n, const char *ip) {
     if (ip == nullptr || QVS_REFUSE_UNSAFE(ip)) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
     int found = find_line_in_file(path, ip);
     if (found > 0) return found;
-    if (append_line(__func__, path, ip) != 0) return -1;
+    if (append_list_line(__func__, path, ip) != 0) return -1;
     vpn_ipset_add(n, 0, ip);
     return 0;
 }
 
 int qvvpn_del_route_ip(int n, const char *ip) {
     if (ip == nullptr || QVS_REFUSE_UNSAFE(ip)) return -1;
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
     int k = find_line_in_file(path, ip);
     if (k > 0) {
-        delete_line(k, path);
+        delete_list_line(k, path);
         ipset_del(kIpSet, n, ip);
     }
     return 0;
 }
 
 int qvvpn_flush_route_ip(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
-    if (truncate_list(__func__, path) != 0) return -1;
+    if (write_list_file(__func__, path, "") != 0) return -1;
     vpn_ipset_flush(n, kTypeIp);
     return 0;
 }
 
 int qvvpn_add_route_domain(int n, const char *domain) {
     if (domain == nullptr) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
     int found = find_line_in_file(path, domain);
-    if (found == 0 && append_line(__func__, path, domain) != 0) return -1;
+    if (found == 0 && append_list_line(__func__, path, domain) != 0) return -1;
     update_dnsmasq_ipset_conf(n);
     return found;
 }
 
 int qvvpn_del_route_domain(int n, const char *domain) {
     if (domain == nullptr) return -1;
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
     int found = 0;
@@ -188,19 +165,19 @@ int qvvpn_del_route_domain(int n, const char *domain) {
             }
         }
     }
-    if (found > 0) delete_line(found, path);
+    if (found > 0) delete_list_line(found, path);
     vpn_ipset_flush(n, kTypeDomain);
     update_dnsmasq_ipset_conf(n);
     return 0;
 }
 
 int qvvpn_flush_route_domain(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
-    if (truncate_list(__func__, path) != 0) return -1;
+    if (write_list_file(__func__, path, "") != 0) return -1;
     vpn_ipset_flush(n, kTypeDomain);
     update_dnsmasq_ipset_conf(n);
     return 0;
@@ -208,13 +185,13 @@ int qvvpn_flush_route_domain(int n) {
 
 int qvvpn_add_route_mac(int n, char *mac) {
     if (mac == nullptr || QVS_REFUSE_UNSAFE(mac)) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     str_tolower(mac);
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
     int found = find_line_in_file(path, mac);
     if (found > 0) return found;
-    if (append_line(__func__, path, mac) != 0) return -1;
+    if (append_list_line(__func__, path, mac) != 0) return -1;
     char colon[kMacTextSize];
     std::memset(colon, 0, sizeof colon);
     mac_to_colon_form(mac, colon);
@@ -224,15 +201,15 @@ int qvvpn_add_route_mac(int n, char *mac) {
 
 int qvvpn_del_route_mac(int n, char *mac) {
     if (mac == nullptr || QVS_REFUSE_UNSAFE(mac)) return -1;
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     str_tolower(mac);
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
     int k = find_line_in_file(path, mac);
     if (k > 0) {
-        delete_line(k, path);
+        delete_list_line(k, path);
         char colon[kMacTextSize];
         std::memset(colon, 0, sizeof colon);
         mac_to_colon_form(mac, colon);
@@ -242,20 +219,20 @@ int qvvpn_del_route_mac(int n, char *mac) {
 }
 
 int qvvpn_flush_route_mac(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
-    if (truncate_list(__func__, path) != 0) return -1;
+    if (write_list_file(__func__, path, "") != 0) return -1;
     vpn_ipset_flush(n, kTypeMac);
     return 0;
 }
 
 int qvvpn_reload_route(int n) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     reload_ip(n);
     reload_domain(n);
     reload_mac(__func__, n);
@@ -263,9 +240,9 @@ int qvvpn_reload_route(int n) {
 }
 
 int qvvpn_reload_route_mode(int n, unsigned int type) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     return reload_mode(__func__, n, type);
 }
 
@@ -273,7 +250,7 @@ int qvvpn_set_route_all(int n, unsigned int type, char *list) {
     if (list == nullptr) return -1;
     // IP and MAC items end up on ipset command lines; domains only in files.
     if (type != kTypeDomain && QVS_REFUSE_UNSAFE(list)) return -1;
-    if (dir_step(__func__) == DirState::kFailed) return -1;
+    if (dir_step(__func__) == DirStep::kFailed) return -1;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr) return -1;
     char path[kPathSize];
@@ -290,32 +267,15 @@ int qvvpn_set_route_all(int n, unsigned int type, char *list) {
 }
 
 int qvvpn_get_route_all(int n, unsigned int type, char *out, int size) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr || out == nullptr || size < 1) return -1;
-    out[0] = '\0';
     char path[kPathSize];
     list_path(path, prefix, n);
-    File f(path, "r");
-    if (!f) return -1;
-    char line[kListLineSize];
-    std::memset(line, 0, sizeof line);
-    std::size_t used = 0;
-    int count = 0;
-    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
-        if (char *p = std::strchr(line, ' ')) *p = '\0';
-        if (char *p = std::strchr(line, '\n')) *p = '\0';
-        std::size_t len = std::strlen(line);
-        if (len + used + 2 < static_cast<std::size_t>(size)) {
-            if (count > 0) out[used++] = '%';
-            std::memcpy(out + used, line, len + 1);
-            used += len;
-            ++count;
-        }
-    }
-    return count;
+    // Each line is cut at its first space and at its line end.
+    return join_list_lines(path, '%', " \n", out, size);
 }
 
 }  // extern "C"

@@ -209,9 +209,9 @@ struct Freer {
 extern "C" {
 
 int qvvpn_get_statistics(int n, unsigned int type, char *out, int size) {
-    DirState d = dir_step(__func__);
-    if (d == DirState::kFailed) return -1;
-    if (d == DirState::kCreated) return 0;
+    DirStep d = dir_step(__func__);
+    if (d == DirStep::kFailed) return -1;
+    if (d == DirStep::kCreated) return 0;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr || out == nullptr || size < 1) return -1;
     const char *set = type == kTypeIp ? kIpSet : type == kTypeDomain ? kDomainSet : kMacSet;

@@ -1,6 +1,8 @@
 // The 81920-byte list is allocated; when that allocation fails the call
 // gives -1 and changes nothing. This program replaces calloc to make exactly
 // that allocation fail on demand.
+#include <sys/stat.h>
+
 #include <cstddef>
 #include <string>
 
@@ -42,7 +44,8 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(qvstest::in_sandbox());
         ASSERT_EQ(qvsim_reset(), 0);
-        qvstest::run("mkdir -p " + kDir);
+        ASSERT_EQ(::mkdir("/userconfig/config", 0755), 0);  // as on the gateway
+        ASSERT_EQ(::mkdir(kDir.c_str(), 0755), 0);
         char list[] = "10.0.0.1,10.0.0.2";
         ASSERT_EQ(appfilter_add_route_iplist(1, list), 0);
         qvsim_journal_clear();

@@ -2,6 +2,7 @@
 // to the filter module and what the simulated module holds afterwards.
 #include <pthread.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <string>
@@ -50,8 +51,11 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(qvstest::in_sandbox());
         ASSERT_EQ(qvsim_reset(), 0);
+        // The gateway always has /userconfig/config; the list directory is
+        // made by the library (its parent never is).
+        ASSERT_EQ(::mkdir("/userconfig/config", 0755), 0);
     }
-    static void make_dir() { qvstest::run("mkdir -p " + kDir); }
+    static void make_dir() { ASSERT_EQ(::mkdir(kDir.c_str(), 0755), 0); }
     static void clear_journal() { qvsim_journal_clear(); }
     // Stores a list and fills the module through the library.
     static void seed(int (*fn)(int, char *), int n, const std::string &list) {
@@ -163,6 +167,28 @@ TEST_F(AppFilter, ReadOnlyUserconfigFailsAndKeepsTheFile) {
     // Replaying the stored list needs no writable directory.
     EXPECT_EQ(update_data_list_to_appfilter_module(1, 0), 0);
     EXPECT_THAT(cmds(), ElementsAre(clr(1, 1), add(1, 1, "10.0.0.1"), add(1, 1, "10.0.0.2")));
+}
+
+TEST_F(AppFilter, WithoutUserconfigConfigEveryDirectoryStepFails) {
+    // The directory is made with one mkdir: a missing parent is not created.
+    ASSERT_EQ(::rmdir("/userconfig/config"), 0);
+    Text a("10.0.0.3"), d("10.0.0.1"), m("aa:bb:cc:dd:ee:ff");
+    EXPECT_EQ(appfilter_add_route_iplist(1, a.get()), -1);
+    EXPECT_EQ(appfilter_del_route_iplist(1, d.get()), -1);
+    EXPECT_EQ(appfilter_flush_route_domain(1), -1);
+    EXPECT_EQ(appfilter_add_route_list(1, 2, m.get()), -1);
+    EXPECT_FALSE(qvstest::exists("/userconfig/config"));
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_EQ(held("appfilter", 1, 1), "");
+    auto l = logs();
+    ASSERT_EQ(l.size(), 4u);
+    const char *funcs[] = {"appfilter_add_route_iplist", "appfilter_del_route_iplist", "appfilter_flush_route_domain",
+                           "appfilter_add_route_maclist"};  // the dispatcher hands over to it
+    for (std::size_t i = 0; i < l.size(); ++i) {
+        EXPECT_EQ(l[i].func, funcs[i]);
+        EXPECT_EQ(l[i].level, 1);
+        EXPECT_EQ(l[i].message, "creat appfilter dir error.\n");
+    }
 }
 
 TEST_F(AppFilter, TheListStopsGrowingAt81919Characters) {

@@ -1,6 +1,7 @@
 // Application route lists: list files, command lines sent to the route
 // module and what the simulated module holds afterwards.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cctype>
 #include <cstdio>
@@ -56,8 +57,11 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(qvstest::in_sandbox());
         ASSERT_EQ(qvsim_reset(), 0);
+        // The gateway always has /userconfig/config; the list directory is
+        // made by the library (its parent never is).
+        ASSERT_EQ(::mkdir("/userconfig/config", 0755), 0);
     }
-    static void make_dir() { qvstest::run("mkdir -p " + kDir); }
+    static void make_dir() { ASSERT_EQ(::mkdir(kDir.c_str(), 0755), 0); }
     static void clear_journal() { qvsim_journal_clear(); }
     // Puts items into the file and the module through the library.
     static void seed(int (*fn)(int, char *), int n, const std::vector<std::string> &items) {
@@ -186,10 +190,10 @@ TEST_F(AppRoute, AddFailsWhenTheFileCannotBeOpened) {
     EXPECT_EQ(l[0].message, "open file " + kIp1 + " failed.\n");
 }
 
-TEST_F(AppRoute, ReadOnlyUserconfigFailsAndKeepsTheFiles) {
-    make_dir();
-    seed(approute_add_route_ip, 1, {"10.0.0.1"});
-    ASSERT_TRUE(steertest::userconfig_read_only());
+// Every function with a directory step, called while the directory cannot
+// be made: each gives -1, sends nothing and logs the one message at level 1
+// under its own name; counting has no directory step and reports nothing.
+void expect_every_directory_step_fails() {
     Text ip("10.0.0.2");
     EXPECT_EQ(approute_add_route_ip(1, ip.get()), -1);
     Text ip2("10.0.0.1");
@@ -207,9 +211,7 @@ TEST_F(AppRoute, ReadOnlyUserconfigFailsAndKeepsTheFiles) {
     EXPECT_STREQ(out, "untouched");
     // Counting needs no writable directory, it just reports nothing.
     EXPECT_EQ(approute_get_route_count(1, 0), 0);
-    EXPECT_EQ(file(kIp1), "10.0.0.1\n");
     EXPECT_THAT(cmds(), IsEmpty());
-    EXPECT_EQ(held("approute", 1, 1), "10.0.0.1");
     auto l = logs();
     ASSERT_EQ(l.size(), 8u);
     const char *funcs[] = {"approute_add_route_ip", "approute_del_route_ip", "approute_flush_route_ip",
@@ -220,6 +222,23 @@ TEST_F(AppRoute, ReadOnlyUserconfigFailsAndKeepsTheFiles) {
         EXPECT_EQ(l[i].level, 1);
         EXPECT_EQ(l[i].message, "creat vpn route dir error.\n");
     }
+}
+
+TEST_F(AppRoute, ReadOnlyUserconfigFailsAndKeepsTheFiles) {
+    make_dir();
+    seed(approute_add_route_ip, 1, {"10.0.0.1"});
+    ASSERT_TRUE(steertest::userconfig_read_only());
+    expect_every_directory_step_fails();
+    EXPECT_EQ(file(kIp1), "10.0.0.1\n");
+    EXPECT_EQ(held("approute", 1, 1), "10.0.0.1");
+}
+
+TEST_F(AppRoute, WithoutUserconfigConfigEveryDirectoryStepFails) {
+    // The directory is made with one mkdir: a missing parent is not created.
+    ASSERT_EQ(::rmdir("/userconfig/config"), 0);
+    expect_every_directory_step_fails();
+    EXPECT_FALSE(qvstest::exists("/userconfig/config"));
+    EXPECT_EQ(held("approute", 1, 1), "");
 }
 
 TEST_F(AppRoute, DeleteIpRemovesTheLineAndSendsIt) {
