@@ -1,6 +1,6 @@
 # Front door. `make test` and `make run` do all set-up on a fresh machine.
 SHELL := /bin/bash
-PRESETS := host host-asan host-release armhf
+PRESETS := host host-asan host-clang host-release armhf
 
 .PHONY: all deps build test run bench clean size $(addprefix build-,$(PRESETS)) $(addprefix test-,$(PRESETS))
 
@@ -24,12 +24,14 @@ $(foreach p,$(PRESETS),$(eval $(call preset_rules,$(p))))
 
 build: build-host
 
-# Every suite: the host build, the host build under ASan/UBSan, and the
-# armhf build under qemu-user; then the checks on the shipped object itself.
+# Every suite: the host build (GCC), the host build under ASan/UBSan, the
+# host build with Clang, and the armhf build under qemu-user; then the checks
+# on the shipped object itself.
 test: deps
-	$(MAKE) build-host build-host-asan build-armhf
+	$(MAKE) build-host build-host-asan build-host-clang build-armhf
 	ctest --preset host
 	ctest --preset host-asan
+	ctest --preset host-clang
 	ctest --preset armhf
 	bash scripts/check-shipped.sh
 

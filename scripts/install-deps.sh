@@ -6,7 +6,7 @@ set -euo pipefail
 need_root() { [ "$(id -u)" -eq 0 ] || { echo "install-deps: run as root" >&2; exit 1; }; }
 
 host_pkgs=(
-  build-essential cmake ninja-build pkg-config git python3
+  build-essential clang cmake ninja-build pkg-config git python3
   g++-arm-linux-gnueabihf gcc-arm-linux-gnueabihf qemu-user binutils-arm-linux-gnueabihf
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev

@@ -292,10 +292,14 @@ int constructReqData(const char *tunnelName, const char *userId, cJSON *req) {
     std::memset(digest_input, 0, sizeof digest_input);
     // Cut at 1023 characters when the message is long: the signature then
     // covers the shortened text. The cut is meant, so no warning for it.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
     std::snprintf(digest_input, sizeof digest_input, "%s%s%s", stamp, message, mac);
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
     std::printf("Md5EncryptedBuf=:%s \n", digest_input);
 
     MD5_CTX md5;
