@@ -12,44 +12,12 @@
 
 namespace steertest {
 
-inline std::vector<std::string> split(const std::string &s, char sep) {
-    std::vector<std::string> out;
-    std::size_t start = 0;
-    while (true) {
-        std::size_t p = s.find(sep, start);
-        if (p == std::string::npos) {
-            out.push_back(s.substr(start));
-            return out;
-        }
-        out.push_back(s.substr(start, p - start));
-        start = p + 1;
-    }
-}
-
-inline std::string unescape(const std::string &s) {
-    std::string out;
-    for (std::size_t i = 0; i < s.size(); ++i) {
-        if (s[i] != '\\' || i + 1 == s.size()) {
-            out.push_back(s[i]);
-            continue;
-        }
-        char c = s[++i];
-        out.push_back(c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c);
-    }
-    return out;
-}
+using qvstest::split;
 
 inline std::vector<std::vector<std::string>> journal_records(const char *kind) {
     std::vector<std::vector<std::string>> out;
-    char *text = qvsim_journal_text();
-    std::string all = text != nullptr ? text : "";
-    std::free(text);
-    for (const std::string &line : split(all, '\n')) {
-        std::vector<std::string> fields = split(line, '\t');
-        if (fields.empty() || fields[0] != kind) continue;
-        for (std::string &f : fields) f = unescape(f);
-        out.push_back(fields);
-    }
+    for (auto &fields : qvstest::journal_fields())
+        if (fields[0] == kind) out.push_back(fields);
     return out;
 }
 

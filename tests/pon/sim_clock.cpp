@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "qvsim.h"
+#include "test_support.hpp"
 
 namespace {
 bool g_pinned = false;
@@ -58,41 +59,7 @@ std::string text() {
     return s;
 }
 
-static std::string unescape(const std::string &f) {
-    std::string out;
-    for (std::size_t i = 0; i < f.size(); ++i) {
-        if (f[i] == '\\' && i + 1 < f.size()) {
-            char c = f[++i];
-            out += c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c;
-        } else {
-            out += f[i];
-        }
-    }
-    return out;
-}
-
-std::vector<Line> lines() {
-    std::vector<Line> out;
-    std::string all = text();
-    std::size_t pos = 0;
-    while (pos < all.size()) {
-        std::size_t end = all.find('\n', pos);
-        if (end == std::string::npos) end = all.size();
-        std::string line = all.substr(pos, end - pos);
-        pos = end + 1;
-        if (line.empty()) continue;
-        Line fields;
-        std::size_t s = 0;
-        while (true) {
-            std::size_t tab = line.find('\t', s);
-            fields.push_back(unescape(line.substr(s, tab == std::string::npos ? std::string::npos : tab - s)));
-            if (tab == std::string::npos) break;
-            s = tab + 1;
-        }
-        out.push_back(fields);
-    }
-    return out;
-}
+std::vector<Line> lines() { return qvstest::journal_fields(); }
 
 void clear() { qvsim_journal_clear(); }
 

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "qvsim.h"
+
 namespace qvstest {
 
 std::string read_file(const std::string &path) {
@@ -46,6 +48,48 @@ std::string run(const std::string &cmd, int *status) {
     while ((n = std::fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
     int st = ::pclose(p);
     if (status) *status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+    return out;
+}
+
+std::vector<std::string> split(const std::string &text, char sep) {
+    std::vector<std::string> out;
+    std::size_t start = 0;
+    while (true) {
+        std::size_t p = text.find(sep, start);
+        if (p == std::string::npos) {
+            out.push_back(text.substr(start));
+            return out;
+        }
+        out.push_back(text.substr(start, p - start));
+        start = p + 1;
+    }
+}
+
+std::string journal_unescape(const std::string &field) {
+    std::string out;
+    for (std::size_t i = 0; i < field.size(); ++i) {
+        if (field[i] != '\\' || i + 1 == field.size()) {
+            out.push_back(field[i]);
+            continue;
+        }
+        char c = field[++i];
+        out.push_back(c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c);
+    }
+    return out;
+}
+
+std::vector<std::vector<std::string>> journal_fields(bool unescape) {
+    char *raw = qvsim_journal_text();
+    std::string all = raw != nullptr ? raw : "";
+    std::free(raw);
+    std::vector<std::vector<std::string>> out;
+    for (const std::string &line : split(all, '\n')) {
+        if (line.empty()) continue;
+        std::vector<std::string> fields = split(line, '\t');
+        if (unescape)
+            for (std::string &f : fields) f = journal_unescape(f);
+        out.push_back(fields);
+    }
     return out;
 }
 

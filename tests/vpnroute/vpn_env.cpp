@@ -61,31 +61,7 @@ bool logged(const std::string &text, const std::string &func, const std::string 
 
 void journal_clear() { qvsim_journal_clear(); }
 
-static std::string unescape(const std::string &t) {
-    std::string out;
-    for (std::size_t i = 0; i < t.size(); ++i) {
-        if (t[i] != '\\' || i + 1 == t.size()) {
-            out += t[i];
-            continue;
-        }
-        char c = t[++i];
-        out += c == 'n' ? '\n' : c == 't' ? '\t' : c == 'r' ? '\r' : c;
-    }
-    return out;
-}
-
-static std::vector<std::vector<std::string>> journal_lines() {
-    std::vector<std::vector<std::string>> out;
-    char *text = qvsim_journal_text();
-    if (text == nullptr) return out;
-    for (const std::string &line : split(text, '\n')) {
-        std::vector<std::string> fields = split(line, '\t');
-        for (std::string &f : fields) f = unescape(f);
-        out.push_back(fields);
-    }
-    std::free(text);
-    return out;
-}
+static std::vector<std::vector<std::string>> journal_lines() { return qvstest::journal_fields(); }
 
 std::vector<std::string> commands_run() {
     std::vector<std::string> out;

@@ -13,6 +13,7 @@
 #include "libqv.h"
 #include "qvs_utils.h"
 #include "qvsim.h"
+#include "test_support.hpp"
 
 namespace wlantest {
 
@@ -33,20 +34,7 @@ inline const std::string kStr = type_text(0xc0000000u);
 inline const std::string kBool = type_text(0x20000001u);
 inline const std::string kU32 = type_text(4u);
 
-inline std::vector<std::string> split(const std::string &s, char sep) {
-    std::vector<std::string> out;
-    std::string cur;
-    for (char c : s) {
-        if (c == sep) {
-            out.push_back(cur);
-            cur.clear();
-        } else {
-            cur += c;
-        }
-    }
-    out.push_back(cur);
-    return out;
-}
+using qvstest::split;
 
 inline std::string inst(int i) { return std::to_string(i); }
 
@@ -109,16 +97,8 @@ protected:
         return static_cast<std::uint32_t>(std::strtoul(get(kSsid, inst(idx), "X_QV_SSID_Bitmap").c_str(), nullptr, 10));
     }
 
-    // The journal's lines, each split at tabs.
-    static std::vector<std::vector<std::string>> journal() {
-        char *t = qvsim_journal_text();
-        std::string s = t != nullptr ? t : "";
-        std::free(t);
-        std::vector<std::vector<std::string>> out;
-        for (const std::string &line : split(s, '\n'))
-            if (!line.empty()) out.push_back(split(line, '\t'));
-        return out;
-    }
+    // The journal's lines, each split at tabs, escapes kept as journaled.
+    static std::vector<std::vector<std::string>> journal() { return qvstest::journal_fields(false); }
     // Every line that is not a log line, fields joined by "|".
     static std::vector<std::string> effects() {
         std::vector<std::string> out;
