@@ -115,6 +115,9 @@ char *qvsim_classes_text(void);
  *                             stays pending (the default)
  *   "wifi.scan_results"       with "complete": the radio's neighbour table
  *                             (392) ResultNumberOfEntries becomes this
+ *   "wifi.scan_errors"        a count: while above 0, a scan request is
+ *                             answered "Error" whatever "wifi.scan" says,
+ *                             and the count goes down by one
  * qvsim_device_set with a null value removes the key. */
 int qvsim_device_get(const char *key, char *out, size_t size);
 int qvsim_device_set(const char *key, const char *value);

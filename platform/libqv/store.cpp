@@ -184,11 +184,22 @@ struct Write {
 // "wifi.scan" says: "complete" sets it to "Complete" and the radio's
 // neighbour table count to the fact "wifi.scan_results" (when set), "error"
 // sets "Error"; anything else (the default) leaves the request pending.
+// While "wifi.scan_errors" holds a count above 0, a request is answered
+// "Error" instead and the count goes down by one.
 void simulate_driver(const ObjClass &c, const std::string &inst, const std::vector<Write> &writes) {
     if (c.oid != QVS_OID_WIFI_RADIO) return;
     for (auto &w : writes) {
         if (std::strcmp(w.field->name, "X_QV_DiagnosticsState") != 0 || w.stored.rfind("Request", 0) != 0) continue;
-        std::string mode, count;
+        std::string mode, count, errors;
+        // A driver busy for the next few requests: each answered "Error".
+        if (device_get("wifi.scan_errors", errors)) {
+            const unsigned long left = std::strtoul(errors.c_str(), nullptr, 10);
+            if (left > 0) {
+                param_put(kRuntime, c.oid, inst, w.field->name, "Error");
+                device_put("wifi.scan_errors", std::to_string(left - 1));
+                continue;
+            }
+        }
         if (!device_get("wifi.scan", mode)) return;
         if (mode == "complete") {
             param_put(kRuntime, c.oid, inst, w.field->name, "Complete");
