@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "sim_helpers.hpp"
+#include "test_support.hpp"
 
 using namespace simtest;
 
@@ -97,6 +98,28 @@ TEST(ReadJournal, WritesAndTheirJournalAreUnchanged) {
     uint8_t off = 0;
     EXPECT_EQ(qvsXml_setOneParameterByOIDIndirect(a.h, QVS_OID_WIFI_SSID, ia1(9), "Enable", QVS_TYPE_BOOL, &off), 0);
     EXPECT_EQ(journal(), "set\t399\t9\tEnable\t0x20000001\t0\n");
+}
+
+TEST(ReadJournal, SwitchedByTheHostTool) {
+    const std::string emulator = QVS_EMULATOR;
+    const std::string qvstore = (emulator.empty() ? "" : emulator + " ") + QVSTORE;
+    int st = -1;
+    EXPECT_EQ(qvstest::run(qvstore + " journal reads on 2>&1", &st), "");
+    EXPECT_EQ(st, 0);
+    {
+        Attached a;
+        read_some(a.h);
+    }
+    EXPECT_EQ(qvsim_journal_count("get"), 1);
+    EXPECT_EQ(qvstest::run(qvstore + " journal reads off 2>&1", &st), "");
+    EXPECT_EQ(st, 0);
+    {
+        Attached a;
+        read_some(a.h);
+    }
+    EXPECT_EQ(qvsim_journal_count("get"), 1);
+    qvstest::run(qvstore + " journal reads maybe >/dev/null 2>&1", &st);
+    EXPECT_NE(st, 0);
 }
 
 }  // namespace
