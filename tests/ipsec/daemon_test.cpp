@@ -117,14 +117,19 @@ TEST_F(IpsecDaemons, Conn200AndConn255ChangeNoInstance) {
     EXPECT_EQ(status_writes().size(), 3u);
 }
 
-TEST_F(IpsecDaemons, LinesAfterConn255AreSkippedUntilTheNextConn) {
-    // conn255's IKE SA is listed first: its child lines reach no instance;
-    // conn1's lines after it do.
+TEST_F(IpsecDaemons, Conn255ChildLinesReachNoInstance) {
+    // conn1 without a child SA, conn255 with an installed one. Whatever the
+    // daemon's listing order, conn255's child line must not carry over to
+    // instance 1 (it would make it "Connected").
     ASSERT_TRUE(ike_.bring_up(255));
     ASSERT_TRUE(ike_.bring_up(1));
+    int st = 1;
+    ike_.gateway("--terminate --child child1 --timeout 10", &st);
+    ASSERT_EQ(st, 0);
     const std::string sas = ike_.list_sas();
-    ASSERT_LT(sas.find("conn255"), sas.find("conn1:")) << sas;
-    EXPECT_EQ(refresh(), with(kReset, {{1, "Connected"}}));
+    ASSERT_NE(sas.find("child255: #"), std::string::npos) << sas;
+    ASSERT_EQ(sas.find("child1: #"), std::string::npos) << sas;
+    EXPECT_EQ(refresh(), with(kReset, {{1, "PhaseII_Connecting"}}));
 }
 
 TEST_F(IpsecDaemons, CapturedListsGiveTheSameWordsThroughTheStandIn) {

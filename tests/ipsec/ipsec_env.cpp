@@ -73,7 +73,9 @@ void issue_cert(const std::string &ca_key, const std::string &ca_cert, const std
 
 void add_config(int n, bool enabled) {
     const std::string inst = std::to_string(n);
-    if (qvsim_exists(kIpsecOid, inst.c_str()) != 1) ASSERT_EQ(qvsim_add_instance(kIpsecOid, inst.c_str()), 0);
+    if (qvsim_exists(kIpsecOid, inst.c_str()) != 1) {
+        ASSERT_EQ(qvsim_add_instance(kIpsecOid, inst.c_str()), 0);
+    }
     ASSERT_EQ(qvsim_set(kIpsecOid, inst.c_str(), "Enable", enabled ? "1" : "0"), 0);
 }
 

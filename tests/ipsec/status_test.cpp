@@ -4,6 +4,7 @@
 // faults. The same cases run against live daemons in daemon_test.cpp where a
 // daemon can produce them.
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -88,6 +89,8 @@ struct Case {
     std::string sa_list;
     Statuses changes;  // against the reset words
 };
+
+void PrintTo(const Case &c, std::ostream *os) { *os << c.name; }
 
 const Case kCases[] = {
     {"CONNECTING", "conn1: #1, CONNECTING, IKEv2, 4c6e00e983bd2051_i* 0000000000000000_r\n"
