@@ -8,8 +8,8 @@ stop_daemons() { for p in "${pids[@]}"; do kill "$p" 2>/dev/null; wait "$p" 2>/d
 trap stop_daemons EXIT
 
 echo "The operator's CA (made here with ipsec pki) is placed as /tmp/ca.key.pem and /tmp/ca.cert.pem."
-ipsec pki --gen --outform pem > /tmp/ca.key.pem
-ipsec pki --self --ca --lifetime 3650 --in /tmp/ca.key.pem --dn "C=CN, O=Operator, CN=Operator Root CA" --outform pem > /tmp/ca.cert.pem
+ipsec pki --gen --outform pem > /tmp/ca.key.pem 2>/dev/null
+ipsec pki --self --ca --lifetime 3650 --in /tmp/ca.key.pem --dn "C=CN, O=Operator, CN=Operator Root CA" --outform pem > /tmp/ca.cert.pem 2>/dev/null
 cp /tmp/ca.cert.pem "$w/ca.cert.pem"; cp /tmp/ca.key.pem "$w/ca.key.pem"
 echo
 echo "qvsctl ipsec ipsec_write_ca_info CN \"China Mobile\" -> /tmp/ca.info:"
@@ -22,7 +22,7 @@ echo "qvsctl ipsec ipsec_generate_client_ca -> key, certificate, CA files moved:
 qvsctl ipsec ipsec_generate_client_ca 2>/dev/null
 ls -l /userconfig/config/ipsec | sed 's/^/  /'
 echo "  pki --print of the client certificate:"
-pki --print --in /userconfig/config/ipsec/client.cert.pem | grep -E 'subject|issuer' | sed 's/^/  /'
+pki --print --in /userconfig/config/ipsec/client.cert.pem 2>/dev/null | grep -E 'subject|issuer' | sed 's/^/  /'
 echo "  openssl verify: $(openssl verify -CAfile /userconfig/config/ipsec/ca.cert.pem /userconfig/config/ipsec/client.cert.pem)"
 echo "A second call finds no CA files any more:"
 qvsctl ipsec ipsec_generate_client_ca 2>&1 | sed 's/^/  /'
@@ -39,9 +39,9 @@ for n in ipsa ipsb; do ip -n $n link set lo up; done
 ip -n ipsa link set va up; ip -n ipsb link set vb up
 for s in a b; do mkdir -p "$w/$s/x509" "$w/$s/x509ca" "$w/$s/private"; cp "$w/ca.cert.pem" "$w/$s/x509ca/"; done
 cp /userconfig/config/ipsec/client.cert.pem "$w/a/x509/"; cp /userconfig/config/ipsec/client.key.pem "$w/a/private/"
-ipsec pki --gen --outform pem > "$w/b/private/server.key.pem"
-ipsec pki --pub --in "$w/b/private/server.key.pem" | ipsec pki --issue --cacert "$w/ca.cert.pem" --cakey "$w/ca.key.pem" \
-  --dn "C=CN, O=Operator, CN=vpn.example.cn" --outform pem > "$w/b/x509/server.cert.pem"
+ipsec pki --gen --outform pem > "$w/b/private/server.key.pem" 2>/dev/null
+ipsec pki --pub --in "$w/b/private/server.key.pem" 2>/dev/null | ipsec pki --issue --cacert "$w/ca.cert.pem" --cakey "$w/ca.key.pem" \
+  --dn "C=CN, O=Operator, CN=vpn.example.cn" --outform pem > "$w/b/x509/server.cert.pem" 2>/dev/null
 for s in a b; do
   vici="unix:///var/run/charon.vici"; [ $s = b ] && vici="unix://$w/b/charon.vici"
   cat > "$w/$s/strongswan.conf" <<EOC
