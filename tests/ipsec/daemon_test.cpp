@@ -111,10 +111,18 @@ TEST_F(IpsecDaemons, UnansweredIkeSaIsPhaseOneConnecting) {
 }
 
 TEST_F(IpsecDaemons, Conn200AndConn255ChangeNoInstance) {
+    // Instances 200 and 255 exist here, yet conn200 (-56) and conn255 (-1)
+    // reach neither.
+    add_config(200, true);
+    add_config(255, true);
+    set_status(200, "Stale");
+    set_status(255, "Stale");
     ASSERT_TRUE(ike_.bring_up(200));
     ASSERT_TRUE(ike_.bring_up(255));
     EXPECT_EQ(refresh(), kReset);
     EXPECT_EQ(status_writes().size(), 3u);
+    EXPECT_EQ(status_of(200), "Stale");
+    EXPECT_EQ(status_of(255), "Stale");
 }
 
 TEST_F(IpsecDaemons, Conn255ChildLinesReachNoInstance) {

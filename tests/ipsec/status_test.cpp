@@ -166,6 +166,20 @@ TEST_F(IpsecStatus, Conn200WritesNothingBeyondTheReset) {
     EXPECT_EQ(status_writes().size(), 4u);
 }
 
+TEST_F(IpsecStatus, Conn200AndConn255AreNotInstances200And255) {
+    // Instances of those numbers exist here, yet the 8-bit instance numbers
+    // (-56 and -1) never reach them.
+    add_config(200, true);
+    add_config(255, true);
+    set_status(200, "Stale");
+    set_status(255, "Stale");
+    refresh("conn200: #1, ESTABLISHED, IKEv2\n  child200: #1, reqid 1, INSTALLED, TUNNEL\n"
+            "conn255: #2, ESTABLISHED, IKEv2\n  child255: #2, reqid 2, INSTALLED, TUNNEL\n");
+    EXPECT_EQ(status_of(200), "Stale");
+    EXPECT_EQ(status_of(255), "Stale");
+    EXPECT_EQ(status_writes().size(), 4u);
+}
+
 TEST_F(IpsecStatus, EveryInstanceFromOneToTenIsReset) {
     for (int i = 1; i <= 10; ++i) add_config(i, i % 2 == 1);
     for (int i = 1; i <= 10; ++i) set_status(i, "Stale");
