@@ -42,19 +42,22 @@ run_consumer() {
   fi
 }
 
-# build_both <label> <arch> <platform libs> <cmake prefix> <pkg-config env...>
+# build_both <label> <arch> <platform libs> <tree> <prefix in the tree> <pkg-config env...>
 build_both() {
-  local label=$1 arch=$2 platform=$3 prefix=$4
-  shift 4
+  local label=$1 arch=$2 platform=$3 tree=$4 prefix=$5
+  shift 5
   local cmake_args=() make_args=() emu=()
+  # Host: the tree's prefix on CMAKE_PREFIX_PATH. armhf: the tree as a
+  # find root (as a firmware sysroot is given), prefixes inside it.
+  cmake_args=(-DCMAKE_PREFIX_PATH="${tree}${prefix%/}")
   if [ "$arch" = armhf ]; then
-    cmake_args=(-DCMAKE_TOOLCHAIN_FILE="$top/cmake/toolchain-armhf.cmake")
+    cmake_args=(-DCMAKE_TOOLCHAIN_FILE="$top/cmake/toolchain-armhf.cmake" -DCMAKE_FIND_ROOT_PATH="$tree"
+                -DCMAKE_PREFIX_PATH="$prefix")
     make_args=(CC=arm-linux-gnueabihf-gcc)
     emu=(qemu-arm)
   fi
   # CMake, find_package(qvs_utils CONFIG).
   cmake -S examples/consumer -B "$work/$label-cmake" -G Ninja "${cmake_args[@]}" \
-    -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_FIND_ROOT_PATH="$prefix" \
     -DCMAKE_EXE_LINKER_FLAGS="-Wl,-rpath-link,$platform" > "$work/$label-cmake.log" 2>&1 &&
     cmake --build "$work/$label-cmake" >> "$work/$label-cmake.log" 2>&1 ||
     { say "$label-cmake: build FAILED"; cat "$work/$label-cmake.log"; fail=1; }
@@ -77,7 +80,7 @@ for arch in amd64 armhf; do
   done
   libdir=$stage/lib/$triplet
   check_object "$libdir/libqvs_utils.so.1.0.0" "$readelf"
-  build_both "stage-$arch" "$arch" "$build/lib" "$stage" PKG_CONFIG_LIBDIR="$libdir/pkgconfig" PKG_CONFIG_PATH=
+  build_both "stage-$arch" "$arch" "$build/lib" "$stage" / PKG_CONFIG_LIBDIR="$libdir/pkgconfig" PKG_CONFIG_PATH=
   for how in cmake make; do
     run_consumer "stage-$arch-$how" "$work/stage-$arch-$how/consumer" "$libdir:$build/lib" "${emu[@]}"
   done
@@ -92,7 +95,7 @@ for deb in build/packages/libqvs-utils1_*_amd64.deb build/packages/libqvs-utils-
 done
 libdir=$root/usr/lib/x86_64-linux-gnu
 check_object "$libdir/libqvs_utils.so.1.0.0" readelf
-build_both "package-amd64" amd64 "$top/build/pkg-amd64/lib" "$root/usr" \
+build_both "package-amd64" amd64 "$top/build/pkg-amd64/lib" "$root" /usr \
   PKG_CONFIG_SYSROOT_DIR="$root" PKG_CONFIG_LIBDIR="$libdir/pkgconfig" PKG_CONFIG_PATH=
 for how in cmake make; do
   run_consumer "package-amd64-$how" "$work/package-amd64-$how/consumer" "$libdir:$top/build/pkg-amd64/lib"
