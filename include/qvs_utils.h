@@ -444,7 +444,9 @@ QVS_API int getzeroconfiggponstate(void);
 
 /* ==== Alarms ============================================================== */
 
-/** One row of the operator's alarm definition table. */
+/** One row of the operator's alarm definition table.
+ * Layout: 12 bytes on 32-bit ARM (armhf), 16 bytes on 64-bit hosts; the
+ * members at the offsets given, 2 padding bytes after perceivedSeverity. */
 typedef struct {
     uint32_t alarmCode;        /**< alarm code, e.g. 104001 (offset 0) */
     uint8_t alarmStatus;       /**< status logged with the alarm (offset 4) */
@@ -456,7 +458,8 @@ typedef struct {
 #define CU_ALARM_INFO_COUNT 21
 
 /** The known alarm codes with their status, severity and detail text,
- * searched first row first (read-only). */
+ * searched first row first (read-only).
+ * CU_ALARM_INFO_COUNT rows: 252 bytes on armhf, 336 bytes on 64-bit hosts. */
 extern QVS_API const CU_ALARM_INFO cu_alarmInfo[CU_ALARM_INFO_COUNT];
 
 /** Raises an alarm: logs a new entry under
@@ -1000,7 +1003,8 @@ QVS_API size_t base64_encode_alloc(const char *in, size_t inlen, char **out);
 QVS_API bool isbase64(char ch);
 
 /** Streaming decoder state, owned by the caller: `i` characters (0 to 4) of a
- * quartet gathered across calls in `buf`. */
+ * quartet gathered across calls in `buf`.
+ * Layout: 8 bytes on every target, `i` at offset 0, `buf` at offset 4. */
 struct base64_decode_context {
     unsigned int i; /**< characters of the quartet gathered so far, 0 to 4 (offset 0) */
     char buf[4];    /**< the gathered characters (offset 4) */

@@ -101,6 +101,12 @@ static std::string json_string(const char *text, std::size_t n) {
         if (c == '"' || c == '\\') {
             out.push_back('\\');
             out.push_back(static_cast<char>(c));
+        } else if (c == '\n') {
+            out += "\\n";
+        } else if (c == '\t') {
+            out += "\\t";
+        } else if (c == '\r') {
+            out += "\\r";
         } else if (c < 0x20 || c == 0x7f) {
             char esc[8];
             std::snprintf(esc, sizeof esc, "\\u%04x", c);
