@@ -323,16 +323,16 @@ QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
  * detach or save. */
 
 /** @name qvs_wlan_start_scan, qvs_wlan_start_scan_force, qvs_wlan_start_scan_partial
- * Request a scan of one radio: write "X_QV_DiagnosticsState" = "Requested",
- * "Request_Force" or "Request_partial" on the radio object through a
- * parameter list.
- * @param handle attached store handle
- * @param radio radio instance (1 or 2)
+ * @{ */
+/** Request a scan of one radio: write "X_QV_DiagnosticsState" = "Requested",
+ * "Request_Force" or "Request_partial" respectively on the radio object
+ * through a parameter list.
  * @return the store's write result (0 on success); -1 when no parameter list
  * could be made or the radio object is missing (also for a zero handle).
+ * @par Arguments of all three
+ * handle, an attached store handle (never attached, detached or saved here); radio, the radio instance (1 or 2).
  * @par Touches
- * the radio's "X_QV_DiagnosticsState" (written).
- * @{ */
+ * the radio's "X_QV_DiagnosticsState" (written). */
 QVS_API int qvs_wlan_start_scan(uint32_t handle, int radio);
 QVS_API int qvs_wlan_start_scan_force(uint32_t handle, int radio);
 QVS_API int qvs_wlan_start_scan_partial(uint32_t handle, int radio);
@@ -353,7 +353,8 @@ QVS_API int qvs_wlan_start_scan_partial(uint32_t handle, int radio);
 QVS_API int qvs_wlan_get_scan_result(uint32_t handle, int radio);
 
 /** @name qvs_stats_wlan_neighbor, qvs_stats_wlan_neighbor_force
- * Neighbour statistics with retries, with the plain or the forced request:
+ * @{ */
+/** Neighbour statistics with retries, with the plain or the forced request:
  * for attempt 0 to retry (retry + 1 attempts; none for a negative retry)
  * request a scan (a failed request ends at once) and wait for its result
  * (qvs_wlan_get_scan_result). Each failed wait prints "qvs_wlan_start_scan()
@@ -361,14 +362,12 @@ QVS_API int qvs_wlan_get_scan_result(uint32_t handle, int radio);
  * when attempts remain, sleeps 3 seconds; giving up prints the function's own
  * name followed by "() Failed". Blocks for up to (retry + 1) x 10 + retry x 3
  * seconds.
- * @param handle attached store handle
- * @param radio radio instance (1 or 2)
- * @param retry further attempts after the first
  * @return the first non-negative scan result; otherwise the last failure (-1
  * when no attempt was made).
+ * @par Arguments of both
+ * handle, an attached store handle (never attached, detached or saved here); radio, the radio instance (1 or 2); retry, the further attempts after the first.
  * @par Touches
- * as qvs_wlan_start_scan and qvs_wlan_get_scan_result; standard error.
- * @{ */
+ * as qvs_wlan_start_scan and qvs_wlan_get_scan_result; standard error. */
 QVS_API int qvs_stats_wlan_neighbor(uint32_t handle, int radio, int retry);
 QVS_API int qvs_stats_wlan_neighbor_force(uint32_t handle, int radio, int retry);
 /** @} */
@@ -447,11 +446,11 @@ QVS_API void qvsTask_wlanUpToOmciMsg(const char *wifi_name);
 QVS_API int qvs_wlan_get_sta_objidx_by_mac(int parent, const uint8_t *mac);
 
 /** @name qvs_wlan_get_map_sta_num, qvs_wlan_get_map_bh_almac
- * The mesh station count and backhaul AL MAC: not supported by this library.
+ * @{ */
+/** The mesh station count and backhaul AL MAC: not supported by this library.
  * @return always -1.
  * @par Touches
- * nothing.
- * @{ */
+ * nothing. */
 QVS_API int qvs_wlan_get_map_sta_num(void);
 QVS_API int qvs_wlan_get_map_bh_almac(void);
 /** @} */
