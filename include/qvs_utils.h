@@ -334,6 +334,138 @@ QVS_API int add_AlarmInfo_Index(uint32_t handle, uint32_t alarmCode, uint8_t ala
  * it). Always returns 0. */
 QVS_API int update_numberofAlarmInfo(uint32_t handle, const void *alarmObject, uint32_t value);
 
+/* ==== Operator features: timed tasks, speed limits, sleep, hardware ======= */
+
+/** Size of the record filled by qvs_cuc_check_hardware_status(). */
+#define QVS_HW_STATUS_SIZE 9
+/** Bytes a qvs_cuc_get_channelsinuse() buffer must hold (the store's field). */
+#define QVS_CHANNELS_IN_USE_SIZE 128
+
+/**
+ * Runs the CMCC timed task InternetGatewayDevice.X_CMCC_TimedTask.Task.<instance>
+ * (OID 566) if the current local time falls in the minute it names.
+ * Call it at least once a minute for every task. Each time test prints
+ * "now time HH:MM, your timer HH:MM" to standard output.
+ * - Disabled task (Enable not 1): nothing, 0.
+ * - Action 1 in its minute: raises platform event 300 with a 4-byte payload
+ *   holding 0; a once-only task (Repeat 0) with Removable 1 is deleted first
+ *   and the store saved. Outside its minute: -1.
+ * - Action 2: at Time switches Wi-Fi off (external SSID SSIDIndex, or SSIDs 1
+ *   and 5 when it is 0), at EndTime back on; equal times only switch off. At
+ *   EndTime a once-only task with Removable 1 is deleted and the store saved.
+ *   The SSID "Enable" writes themselves are not saved here. 0 in or out of
+ *   its minutes.
+ * - Any other action: 0.
+ * @param instance the task's instance number
+ * @return 0 when done or nothing to do; -1 when the store can't be attached
+ *         (level-1 log "XMLSHMINIT fail"), the task is missing, or an
+ *         action-1 task is called outside its minute.
+ * Attaches and detaches itself.
+ */
+QVS_API int qvs_cmcc_timedTask_handler(int instance);
+
+/**
+ * Sets "UpSpeedLimit" and "DownSpeedLimit" of the first LAN device
+ * (InternetGatewayDevice.LANDevice.1.Hosts.Host.<n>, n = 1..255, gaps
+ * skipped) whose MAC address is the 6 given bytes, then saves the store.
+ * @param mac 6 binary bytes (NULL: -1)
+ * @param upLimit, downLimit the limits, 0 meaning none
+ * @return 0 on success (the store's result of the write is not returned);
+ *         -1 when the store can't be attached, no parameter list, or no
+ *         device has that MAC; when a limit cannot be added to the list,
+ *         the non-zero OR of the two add results (nothing written).
+ * Attaches and detaches itself.
+ */
+QVS_API int qvs_setSpeedLimitByMac(const uint8_t *mac, uint32_t upLimit, uint32_t downLimit);
+
+/**
+ * Runs the CMCC device-limit task InternetGatewayDevice.X_CMCC_DeviceLimit.Task.<instance>
+ * (OID 568) for its LAN device (found by the task's MAC among devices 1..255).
+ * Prints the "now time" line of each time test to standard output.
+ * - In the StartTime minute: the device gets the task's up and down limits.
+ * - In the EndTime minute: a daily task (Repeat non-zero) writes both limits
+ *   0 (lifted); a once-only task is deleted and the device keeps its limits.
+ * The store is saved after each of these.
+ * @return 0 when an action was taken; -1 when the store can't be attached,
+ *         the task is missing or not enabled (Enable not 1), both its limits
+ *         are 0, no device has its MAC, no parameter list, or neither time
+ *         matches; the non-zero OR of the add results when a limit cannot be
+ *         added to the list (nothing written).
+ * Attaches and detaches itself.
+ */
+QVS_API int qvs_cmcc_deviceLimit_handler(int instance);
+
+/**
+ * CUC sleep mode. enable exactly 1 puts the gateway to sleep: the current
+ * Wi-Fi switch ("X_QV_Enable" of InternetGatewayDevice.X_QV_WiFi) and
+ * "Leds_Turnoff" are remembered as "LastWLANEnable" and "LastLeds_Turnoff"
+ * of InternetGatewayDevice.X_CU_Function.Sleep, Wi-Fi is switched off, the
+ * LEDs off ("Leds_Turnoff" 1) and the switch port of every existing LAN
+ * Ethernet interface 1..5 set administratively down. Any other value wakes
+ * it: the remembered values are written back and the ports set up. "Enable"
+ * of the sleep object receives the value as given. The store is saved at the
+ * end. Logs "enable=%d, gateway_sleep->Enable=%d." at level 1.
+ * @return 0 on success or when "Enable" already holds the value (nothing
+ *         written); -1 when the store can't be attached, an object or a
+ *         parameter list is missing or a write is refused. A failure part-way
+ *         leaves the earlier writes applied and unsaved (and "Enable"
+ *         already changed).
+ * Attaches and detaches itself.
+ */
+QVS_API int qvs_cuc_set_sleep_mode(int enable);
+
+/**
+ * @return the sleep object's "Enable" byte (0 or 1); -1 when the store can't
+ *         be attached or the object is missing. Attaches and detaches itself.
+ */
+QVS_API int qvs_cuc_get_sleep_mode(void);
+
+/** Start hook of the Wi-Fi hardware check, kept for callers: does nothing.
+ *  @return 0 */
+QVS_API int qvs_cuc_check_hardware_start(void);
+
+/**
+ * Wi-Fi hardware check: looks for a known Wi-Fi chip (PCI 14c3:7615,
+ * 14c3:7915, 14c3:7663, 14c3:7603, in this order) in "/proc/bus/pci/devices".
+ * @param status record of QVS_HW_STATUS_SIZE (9) bytes: byte 1 becomes 0 when
+ *        a chip is present, 254 when none is (a hardware fault); the other
+ *        bytes 0. NULL: nothing written.
+ * @return 0 always. An unreadable list counts as no chip (and prints
+ *         "fail to open file /proc/bus/pci/devices" to standard error).
+ */
+QVS_API int qvs_cuc_check_hardware_status(uint8_t *status);
+
+/**
+ * Copies the channels-in-use text of InternetGatewayDevice.WiFi.Radio.<radio>
+ * (1: 5 GHz, 2: 2.4 GHz) into channels.
+ * @param channels buffer of QVS_CHANNELS_IN_USE_SIZE (128) bytes; the copy is
+ *        not bounded by anything else
+ * @return 0 with the text copied; -1 when channels is NULL, the store can't
+ *         be attached or the radio object is missing.
+ * Attaches and detaches itself.
+ */
+QVS_API int qvs_cuc_get_channelsinuse(int radio, char *channels);
+
+/**
+ * Keeps the hardware QoS host entry of one LAN device in step with its record
+ * (InternetGatewayDevice.LANDevice.1.Hosts.Host.<n>, OID 156): an active
+ * device whose limits changed (or that has no active old record) gets an
+ * entry through libqv_qos_hostEntryAdd (no delete first); an inactive
+ * device holding an entry (BucketID or CounterID non-zero) loses it through
+ * libqv_qos_hostEntryDel. The resulting "BucketID" and "CounterID" are then
+ * written to the device's object (type code 2); the store is not saved.
+ * Logs through util_printf: "Invalid Host. index:%d", "LAN HostEntry add
+ * ...", "LAN HostEntry del ...", "newParameterList() failed!!!".
+ * @param handle attached store handle (0: -1, nothing done)
+ * @param hostIndex the QoS API's index of the entry
+ * @param newHost the device's current record as the store returned it
+ *        (NULL, or a MAC of all 0x00 or all 0xFF: refused)
+ * @param oldHost the device's previous record, or NULL
+ * @return informative only (callers ignore it): the store's result of the
+ *         write-back, or -1 when refused or no parameter list.
+ */
+QVS_API int qvsTask_LanDeviceHost_exec(uint32_t handle, int hostIndex, const void *newHost, const void *oldHost);
+
 /* ==== Steering: VPN route lists =========================================== */
 
 /* Per tunnel index n three lists are kept as text files, one entry per line,
