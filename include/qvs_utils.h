@@ -206,6 +206,125 @@ QVS_API int qvs_wlan_del_ssid(uint32_t handle, int ext_idx);
 QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
 
 
+/* ==== WLAN: scans, neighbour statistics, supported standards ============== */
+
+/* A neighbour scan is requested by writing "X_QV_DiagnosticsState" of a
+ * radio object (InternetGatewayDevice.WiFi.Radio.<radio>: 1 the radio of
+ * slots 1 to 8, 2 that of slots 9 to 16); the Wi-Fi driver answers with
+ * "Complete" or "Error", after which the radio's neighbour table holds the
+ * results. These functions use the caller's store handle and never attach,
+ * detach or save. */
+
+/** Requests a scan: writes "X_QV_DiagnosticsState" = "Requested" on the radio
+ * object through a parameter list.
+ * @param handle attached store handle
+ * @param radio  radio instance (1 or 2)
+ * @return the store's write result (0 on success); -1 when no parameter list
+ *         could be made or the radio object is missing (also for a zero
+ *         handle). */
+QVS_API int qvs_wlan_start_scan(uint32_t handle, int radio);
+
+/** As qvs_wlan_start_scan, writing "Request_Force". */
+QVS_API int qvs_wlan_start_scan_force(uint32_t handle, int radio);
+
+/** As qvs_wlan_start_scan, writing "Request_partial". */
+QVS_API int qvs_wlan_start_scan_partial(uint32_t handle, int radio);
+
+/** Waits for the scan of a radio: up to 10 polls, each after a 1-second
+ * sleep, of "X_QV_DiagnosticsState".
+ * @param handle attached store handle
+ * @param radio  radio instance (1 or 2)
+ * @return on "Complete", at once, the store's statistics of the radio's
+ *         neighbour table (qvsXml_ObjectStats(392, radio, 6000): the number
+ *         of neighbours found); otherwise, after "Error" or the tenth poll,
+ *         -1, or the store's (negative) read code when the last failing poll
+ *         was a failed read. In both failure cases the state is rewritten to
+ *         "Error" (a timed-out scan is left marked as failed). Blocks for up
+ *         to about 10 seconds. */
+QVS_API int qvs_wlan_get_scan_result(uint32_t handle, int radio);
+
+/** Neighbour statistics with retries: for attempt 0 to retry (retry + 1
+ * attempts; none for a negative retry) requests a scan (a failed request
+ * ends at once) and waits for its result (qvs_wlan_get_scan_result). Each
+ * failed wait prints "qvs_wlan_start_scan() Failed, retry<attempt>" to
+ * standard error (util_printf) and, when attempts remain, sleeps 3 seconds;
+ * giving up prints "qvs_stats_wlan_neighbor() Failed".
+ * @return the first non-negative scan result; otherwise the last failure
+ *         (-1 when no attempt was made). Blocks for up to
+ *         (retry + 1) x 10 + retry x 3 seconds. */
+QVS_API int qvs_stats_wlan_neighbor(uint32_t handle, int radio, int retry);
+
+/** As qvs_stats_wlan_neighbor with the forced request ("Request_Force"); the
+ * final line names "qvs_stats_wlan_neighbor_force". */
+QVS_API int qvs_stats_wlan_neighbor_force(uint32_t handle, int radio, int retry);
+
+/** The 802.11 standards that radio 1 or radio 2 lists in its supported
+ * standards (comma-separated letters, matched exactly), each once, in the
+ * order a, b, g, n, ac, ax, as "802.11<x>" joined by "/", for example
+ * "802.11a/802.11b/802.11g/802.11n/802.11ac". A missing radio object is
+ * logged ("fail to get object ID 390", level 1) and skipped.
+ * @param handle attached store handle
+ * @param out    receives the text; the caller provides at least 50 bytes
+ *               (49 characters and the zero). Left untouched when no radio
+ *               names a known standard.
+ * @return 0; -1 for a null out or a zero handle. */
+QVS_API int qvs_wlan_get_supported_standards_for_ct(uint32_t handle, char *out);
+
+
+/* ==== WLAN: Wi-Fi agent, OMCI Wi-Fi VLANs, stations ======================= */
+
+/** Sends one message to the Wi-Fi agent over a new connection to the UNIX
+ * stream socket "/var/run/wlan_event_agent_socket", in one send, then closes
+ * it. No reply is read and nothing is retried. Failures are reported on
+ * standard error with perror: "socket create failed", "connect failed",
+ * "send failed" (a short or failed send, which does not change the result).
+ * A send to an agent that has gone away raises no SIGPIPE.
+ * @param msg    the message bytes
+ * @param length their number
+ * @return the connect result: 0, or -1 when the agent could not be reached;
+ *         -1 when no socket could be made. */
+QVS_API int communicate_to_wlan_agent(const void *msg, size_t length);
+
+/** Hands the uplink Wi-Fi credentials to the Wi-Fi agent: a 124-byte message
+ * (byte 0 type 2, bytes 4-36 the SSID, 37-100 the password, 101-123 the
+ * security mode, each zero-terminated within its field; every other byte
+ * zero) sent with communicate_to_wlan_agent. Logs the three values at level
+ * 1, and "send msg to wlan_event_agent failed." when the agent could not be
+ * reached. Texts longer than their fields (32, 63, 22 characters) are cut.
+ * @return 0, also when the send failed; -1 when an argument is null ("wlan
+ *         info args invaild", level 1). */
+QVS_API int qvs_set_uplink_wlan_conn_info(const char *ssid, const char *password, const char *security_mode);
+
+/** Applies the OMCI VLAN settings of a Wi-Fi interface from
+ * "/var/run/qvOmciWifi" (lines "<ifname> <vlanMode> <vlan> <vlanType>
+ * <phyIndex>"): every line of that form is traced at level 5; at the first
+ * whose interface name equals wifi_name, the switch gets a VLAN
+ * configuration (default TCI = vlan, VLAN type) through
+ * libqv_switchApi_setVlanCfgMain and the network layer the line's values
+ * through libqv_netApi_setVlanMode; later lines are not read. A missing file,
+ * a null name or no matching line change nothing. Lines without all five
+ * fields are skipped; names of any length are compared whole. */
+QVS_API void qvsTask_wlanUpToOmciMsg(const char *wifi_name);
+
+/** Attaches to the store itself and looks for an associated station by MAC
+ * address: station instances 1 to 128 under the parent, in order
+ * (InternetGatewayDevice.WiFi.AccessPoint.<parent>.AssociatedDevice.<n>).
+ * @param parent the parent (internal SSID) instance number
+ * @param mac    6 bytes
+ * @return the station instance (1 to 128); -22 for a null mac; -1001 when the
+ *         store cannot be attached; otherwise the result of the last read
+ *         (station 128): 0 when it exists but does not match, the store's
+ *         negative code when it does not exist. Any value below 1 means not
+ *         found. */
+QVS_API int qvs_wlan_get_sta_objidx_by_mac(int parent, const uint8_t *mac);
+
+/** Mesh station count: not supported by this library; always -1. */
+QVS_API int qvs_wlan_get_map_sta_num(void);
+
+/** Mesh backhaul AL MAC: not supported by this library; always -1. */
+QVS_API int qvs_wlan_get_map_bh_almac(void);
+
+
 /* ==== Time: timer rules in UTC ============================================ */
 
 /* Converts one daily timer rule from local time to UTC. Inputs: zone

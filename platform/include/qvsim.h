@@ -27,6 +27,15 @@
  * <value> is the value the caller passed: texts as they are, numbers in
  * decimal (one-byte integers signed for type 1).
  *
+ * Read journal, off by default and after qvsim_reset (qvsim_journal_reads
+ * switches it for every process; "qvstore journal reads on|off"):
+ *   lookup  <oid> <instance> found|missing    qvsXml_GetObjectByOID / ByName
+ *                                             (a path naming no object:
+ *                                             "-" and the path)
+ *   get     <oid> <instance> <param> <result> qvsXml_getParameterByOID, its
+ *                                             result code (0, -1, -2, -3, -5)
+ * <instance> of an address that cannot name any instance: "invalid".
+ *
  * Faults (qvsim_fault_add), active until cleared, several at once:
  *   "attach"                      qvs_xmlShmInit returns 0
  *   "object <oid>"                lookups of that OID find nothing
@@ -108,6 +117,9 @@ char *qvsim_classes_text(void);
  *                             stays pending (the default)
  *   "wifi.scan_results"       with "complete": the radio's neighbour table
  *                             (392) ResultNumberOfEntries becomes this
+ *   "wifi.scan_errors"        a count: while above 0, a scan request is
+ *                             answered "Error" whatever "wifi.scan" says,
+ *                             and the count goes down by one
  * qvsim_device_set with a null value removes the key. */
 int qvsim_device_get(const char *key, char *out, size_t size);
 int qvsim_device_set(const char *key, const char *value);
@@ -116,6 +128,8 @@ char *qvsim_device_text(void);
 /* The journal: whole text (malloc'ed, free it), and clearing. */
 char *qvsim_journal_text(void);
 int qvsim_journal_clear(void);
+/* Read journal on (non-zero) or off; 0, or -1 when the store cannot be opened. */
+int qvsim_journal_reads(int on);
 /* Number of journal lines of one kind ("attach", "detach", "set", "cmd",
  * ...); a self-attaching function left nothing attached when
  * qvsim_journal_count("attach") == qvsim_journal_count("detach"). */

@@ -68,7 +68,7 @@ int qvsim_reset(void) {
         if (!tx.ok()) return -1;
         std::string error;
         std::string model = default_model_path();
-        exec(d, "DELETE FROM fault; DELETE FROM device;");
+        exec(d, "DELETE FROM fault; DELETE FROM device; DELETE FROM meta WHERE key='journal_reads';");
         device_defaults();
         if (!load_model_into(d, model.c_str(), error)) {
             std::fprintf(stderr, "qvsim: default model %s: %s\n", model.c_str(), error.c_str());

@@ -89,6 +89,13 @@ void device_defaults();
 // Refreshes the cached records of one instance in this process (after writes).
 void refresh_records(int oid, const std::string &inst);
 
+// The opt-in read journal (read_journal.cpp): whether it is on, and its
+// "lookup <oid> <instance> found|missing" and "get <oid> <instance> <param>
+// <result>" lines (written only when it is on).
+bool reads_journaled();
+void journal_lookup(const std::string &oid, const std::string &inst, bool found);
+void journal_get(int oid, const std::string &inst, const char *param, int result);
+
 // Loads a model file into the open store (both areas); used by db() and qvsim.
 bool load_model_into(sqlite3 *d, const char *path, std::string &error);
 

@@ -112,6 +112,13 @@ void refresh_records_local(int oid, const std::string &inst) {
     if (c != nullptr) fill_record(*c, inst, g_records[it->second].buf);
 }
 
+// Instance list text of an address for the read journal; "invalid" for an
+// address that finds nothing whatever the store holds.
+std::string ia_text(QVS_IA ia) {
+    Inst i;
+    return ia_inst(ia, i) ? i.text() : std::string("invalid");
+}
+
 // Looks an instance up for the library: honours the "object" faults.
 const ObjClass *lookup(int oid, QVS_IA ia, std::string &inst) {
     const ObjClass *c = find_class(oid);
@@ -177,11 +184,22 @@ struct Write {
 // "wifi.scan" says: "complete" sets it to "Complete" and the radio's
 // neighbour table count to the fact "wifi.scan_results" (when set), "error"
 // sets "Error"; anything else (the default) leaves the request pending.
+// While "wifi.scan_errors" holds a count above 0, a request is answered
+// "Error" instead and the count goes down by one.
 void simulate_driver(const ObjClass &c, const std::string &inst, const std::vector<Write> &writes) {
     if (c.oid != QVS_OID_WIFI_RADIO) return;
     for (auto &w : writes) {
         if (std::strcmp(w.field->name, "X_QV_DiagnosticsState") != 0 || w.stored.rfind("Request", 0) != 0) continue;
-        std::string mode, count;
+        std::string mode, count, errors;
+        // A driver busy for the next few requests: each answered "Error".
+        if (device_get("wifi.scan_errors", errors)) {
+            const unsigned long left = std::strtoul(errors.c_str(), nullptr, 10);
+            if (left > 0) {
+                param_put(kRuntime, c.oid, inst, w.field->name, "Error");
+                device_put("wifi.scan_errors", std::to_string(left - 1));
+                continue;
+            }
+        }
         if (!device_get("wifi.scan", mode)) return;
         if (mode == "complete") {
             param_put(kRuntime, c.oid, inst, w.field->name, "Complete");
@@ -313,7 +331,9 @@ void *qvsXml_GetObjectByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, int fl
     if (!handle_ok(handle)) return nullptr;
     std::string inst;
     const ObjClass *c = lookup(oid, ia, inst);
-    return c != nullptr ? record_of(*c, inst) : nullptr;
+    void *rec = c != nullptr ? record_of(*c, inst) : nullptr;
+    journal_lookup(std::to_string(oid), ia_text(ia), rec != nullptr);
+    return rec;
 }
 
 void *qvsXml_GetObjectByName(QVS_XMLSHM_HANDLE handle, const char *path, int flag) {
@@ -322,12 +342,17 @@ void *qvsXml_GetObjectByName(QVS_XMLSHM_HANDLE handle, const char *path, int fla
     if (!handle_ok(handle) || path == nullptr) return nullptr;
     Inst i;
     const ObjClass *c = resolve_path(path, i);
-    if (c == nullptr || i.count != c->levels) return nullptr;
+    if (c == nullptr || i.count != c->levels) {
+        journal_lookup("-", path, false);
+        return nullptr;
+    }
     QVS_IA ia = ia_make(i);
-    if (ia & kIaBadLevels) return nullptr;
+    const int oid = c->oid;
     std::string inst;
-    c = lookup(c->oid, ia, inst);
-    return c != nullptr ? record_of(*c, inst) : nullptr;
+    c = (ia & kIaBadLevels) ? nullptr : lookup(oid, ia, inst);
+    void *rec = c != nullptr ? record_of(*c, inst) : nullptr;
+    journal_lookup(std::to_string(oid), i.text(), rec != nullptr);
+    return rec;
 }
 
 QVS_PTR_OFFSET qvsXmlGetPtrOffset(QVS_XMLSHM_HANDLE handle, const void *record) {
@@ -379,8 +404,8 @@ int qvsXml_setOneParameterByOIDIndirect(QVS_XMLSHM_HANDLE handle, int oid, QVS_I
     return apply_writes(*c, inst, writes, true);
 }
 
-int qvsXml_getParameterByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, const char *name, void *out) {
-    qvsim::ApiLock api_lock;
+// The read itself; qvsXml_getParameterByOID journals its result.
+static int get_parameter(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, const char *name, void *out) {
     if (!handle_ok(handle) || name == nullptr || out == nullptr) return -1;
     std::string inst;
     const ObjClass *c = lookup(oid, ia, inst);
@@ -422,6 +447,13 @@ int qvsXml_getParameterByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, const
         }
     }
     return 0;
+}
+
+int qvsXml_getParameterByOID(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA ia, const char *name, void *out) {
+    qvsim::ApiLock api_lock;
+    const int result = get_parameter(handle, oid, ia, name, out);
+    journal_get(oid, ia_text(ia), name != nullptr ? name : "(null)", result);
+    return result;
 }
 
 int qvsXml_addObjectByOIDIWithParaListIndirect(QVS_XMLSHM_HANDLE handle, int oid, QVS_IA parent,

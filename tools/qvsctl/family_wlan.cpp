@@ -1,10 +1,12 @@
 // WLAN family: SSID numbering, same-SSID merge, guest clean-up, adding and
-// deleting SSIDs. Functions taking a store handle get one attached here for
-// the call (and detached after it).
+// deleting SSIDs, scans and supported standards, the Wi-Fi agent message,
+// OMCI Wi-Fi VLANs, station lookup. Functions taking a store handle get one
+// attached here for the call (and detached after it).
 
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "qvs_utils.h"
 #include "qvsctl.hpp"
@@ -104,6 +106,45 @@ int run_bind_ifname(char **argv) {
     return qvsctl::kRan;
 }
 
+int run_supported_standards(char **) {
+    char text[64] = {};  // the function needs 50 bytes
+    Store s;
+    qvsctl::print_result(qvs_wlan_get_supported_standards_for_ct(s.handle(), text));
+    qvsctl::print_text("standards", text);
+    return qvsctl::kRan;
+}
+
+int run_agent_message(char **argv) {
+    std::vector<unsigned char> bytes;
+    if (!qvsctl::parse_hex(argv[0], bytes)) return qvsctl::kBadArgs;
+    qvsctl::print_result(communicate_to_wlan_agent(bytes.data(), bytes.size()));
+    return qvsctl::kRan;
+}
+
+int run_uplink_conn_info(char **argv) {
+    qvsctl::print_result(qvs_set_uplink_wlan_conn_info(argv[0], argv[1], argv[2]));
+    return qvsctl::kRan;
+}
+
+int run_omci_task(char **argv) {
+    qvsTask_wlanUpToOmciMsg(argv[0]);  // no result: its effects are the switch's and network layer's
+    return qvsctl::kRan;
+}
+
+int run_sta_by_mac(char **argv) {
+    int parent = 0;
+    unsigned char mac[6] = {};
+    if (!arg_int(argv[0], parent) || !qvsctl::parse_mac(argv[1], mac)) return qvsctl::kBadArgs;
+    qvsctl::print_result(qvs_wlan_get_sta_objidx_by_mac(parent, mac));
+    return qvsctl::kRan;
+}
+
+template <int (*F)(void)>
+int run_none(char **) {
+    qvsctl::print_result(F());
+    return qvsctl::kRan;
+}
+
 const qvsctl::Command kCommands[] = {
     {"qvs_wlan_get_ssid_map", "[room]", "the external-to-internal SSID map (room 16 by default)", 0, 1,
      run_table<qvs_wlan_get_ssid_map>},
@@ -145,8 +186,35 @@ const qvsctl::Command kCommands[] = {
     {"qvs_wlan_del_ssid", "<ext-index>", "disable and unmap an SSID", 1, 1, run_handle_int<qvs_wlan_del_ssid>},
     {"qvs_wlan_del_ssid_by_ubus", "<ubus-index>", "the same by ubus index", 1, 1,
      run_handle_int<qvs_wlan_del_ssid_by_ubus>},
+    {"qvs_wlan_start_scan", "<radio>", "request a neighbour scan (radio 1: slots 1-8, 2: slots 9-16)", 1, 1,
+     run_handle_int<qvs_wlan_start_scan>},
+    {"qvs_wlan_start_scan_force", "<radio>", "request a forced scan", 1, 1, run_handle_int<qvs_wlan_start_scan_force>},
+    {"qvs_wlan_start_scan_partial", "<radio>", "request a partial scan", 1, 1,
+     run_handle_int<qvs_wlan_start_scan_partial>},
+    {"qvs_wlan_get_scan_result", "<radio>", "wait up to 10 s for the scan: neighbours found, or a failure", 1, 1,
+     run_handle_int<qvs_wlan_get_scan_result>},
+    {"qvs_stats_wlan_neighbor", "<radio> <retry>", "scan and wait, retry more times 3 s apart", 2, 2,
+     run_handle_int_int<qvs_stats_wlan_neighbor>},
+    {"qvs_stats_wlan_neighbor_force", "<radio> <retry>", "the same with forced scans", 2, 2,
+     run_handle_int_int<qvs_stats_wlan_neighbor_force>},
+    {"qvs_wlan_get_supported_standards_for_ct", "", "802.11 standards of both radios, e.g. 802.11b/802.11n", 0, 0,
+     run_supported_standards},
+    {"communicate_to_wlan_agent", "<message-hex>", "send bytes to the Wi-Fi agent's socket", 1, 1,
+     run_agent_message},
+    {"qvs_set_uplink_wlan_conn_info", "<ssid> <password> <security-mode>",
+     "send the uplink Wi-Fi credentials to the Wi-Fi agent", 3, 3, run_uplink_conn_info},
+    {"qvsTask_wlanUpToOmciMsg", "<wifi-ifname>", "apply that interface's line of /var/run/qvOmciWifi (no result)",
+     1, 1, run_omci_task},
+    {"qvs_wlan_get_sta_objidx_by_mac", "<parent> <mac>", "station instance (1-128) with that MAC; below 1: none", 2,
+     2, run_sta_by_mac},
+    {"qvs_wlan_get_map_sta_num", "", "mesh station count: not supported, -1", 0, 0,
+     run_none<qvs_wlan_get_map_sta_num>},
+    {"qvs_wlan_get_map_bh_almac", "", "mesh backhaul AL MAC: not supported, -1", 0, 0,
+     run_none<qvs_wlan_get_map_bh_almac>},
 };
 
 }  // namespace
 
-QVSCTL_FAMILY(g_wlan, "wlan", "Wi-Fi SSID numbering, merge, guest clean-up, adding and deleting", kCommands);
+QVSCTL_FAMILY(g_wlan, "wlan",
+              "Wi-Fi SSIDs (numbering, merge, guests, add/delete), scans, agent message, OMCI VLANs, stations",
+              kCommands);

@@ -24,6 +24,7 @@ void usage() {
         "  reset                              fresh gateway from the default model\n"
         "  save | restart                     runtime -> saved copy | saved copy -> runtime\n"
         "  journal [clear]                    show (or clear) the journal\n"
+        "  journal reads on|off               journal lookups and reads too (off after reset)\n"
         "  fault <text> | fault clear         inject a fault (see qvsim.h) | clear all\n"
         "  modules <module> <index> <type>    what a simulated kernel module holds\n"
         "  device [<key> [<value>]]           simulated device state\n"
@@ -107,6 +108,10 @@ int main(int argc, char **argv) {
     if (cmd == "restart" && n == 0) return done(qvsim_restart());
     if (cmd == "journal" && n == 0) return print_owned(qvsim_journal_text());
     if (cmd == "journal" && n == 1 && std::strcmp(a[0], "clear") == 0) return done(qvsim_journal_clear());
+    if (cmd == "journal" && n == 2 && std::strcmp(a[0], "reads") == 0) {
+        if (std::strcmp(a[1], "on") == 0) return done(qvsim_journal_reads(1));
+        if (std::strcmp(a[1], "off") == 0) return done(qvsim_journal_reads(0));
+    }
     if (cmd == "fault" && n == 1 && std::strcmp(a[0], "clear") == 0) return done(qvsim_fault_clear());
     if (cmd == "fault" && n >= 1) {
         std::string text;
