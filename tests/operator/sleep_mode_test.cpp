@@ -21,7 +21,7 @@ protected:
     }
     static std::string trace(int requested, int current) {
         return std::string(kSet) + "|1|enable=" + std::to_string(requested) +
-               ", gateway_sleep->Enable=" + std::to_string(current) + ".\\n";
+               ", gateway_sleep->Enable=" + std::to_string(current) + ".\n";
     }
     // The switch calls for LAN interfaces with these port names, in order.
     static Lines port_lines(const std::vector<int> &phys, int admin) {

@@ -99,7 +99,7 @@ TEST_F(SpeedLimit, AttachFailureIsLoggedAndNothingElseHappens) {
     fault("attach");
     EXPECT_EQ(qvs_setSpeedLimitByMac(kPhone, 1, 2), -1);
     EXPECT_EQ(effects(), Lines{"attach-refused"});
-    EXPECT_EQ(logs(), Lines{"qvs_setSpeedLimitByMac|1|XMLSHMINIT fail\\n"});
+    EXPECT_EQ(logs(), Lines{"qvs_setSpeedLimitByMac|1|XMLSHMINIT fail\n"});
 }
 
 TEST_F(SpeedLimit, NoParameterListFails) {
