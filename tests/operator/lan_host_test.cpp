@@ -10,7 +10,6 @@ using namespace optest;
 
 namespace {
 
-const char kFunc[] = "qvsTask_LanDeviceHost_exec";
 
 class LanHost : public OperatorTest {
 protected:
