@@ -140,6 +140,25 @@ TEST_F(SleepMode, AMissingThirdInterfaceSkipsOnlyItsPort) {
     expect_balanced();
 }
 
+TEST_F(SleepMode, WithoutAnyLanInterfaceNoPortIsTouchedAndTheSleepStillCompletes) {
+    fault("object 137");
+    EXPECT_EQ(qvs_cuc_set_sleep_mode(1), 0);
+    for (const auto &l : effects()) EXPECT_NE(l.rfind("device|", 0), 0u) << l;
+    EXPECT_EQ(effects().back(), save_line());
+    expect_balanced();
+}
+
+TEST_F(SleepMode, AnUnknownPortNameIsHandedOnAsTheSwitchAnswers) {
+    set(kLanEth, "1,2", "X_QV_PortName", "wan0");
+    EXPECT_EQ(qvs_cuc_set_sleep_mode(1), 0);
+    Lines ports;
+    for (const auto &l : effects())
+        if (l.rfind("device|", 0) == 0) ports.push_back(l);
+    ASSERT_EQ(ports.size(), 10u);
+    EXPECT_EQ(ports[2], "device|libqv_switchApi_ethPortName2PhyPortNum|wan0");
+    EXPECT_EQ(ports[3], "device|FC_libqv_switchApi_portSetAdmin|-1|0");
+}
+
 TEST_F(SleepMode, TheInterfacesPortNamesDecideThePhysicalPorts) {
     set(kLanEth, "1,1", "X_QV_PortName", "eth7");
     EXPECT_EQ(qvs_cuc_set_sleep_mode(1), 0);
