@@ -179,7 +179,7 @@ typedef struct {
 } QVS_WIFI_SECURITY_REC;
 
 
-/* OID 137, InternetGatewayDevice.LANDevice.%d.LANEthernetInterfaceConfig.%d ("1,%d", 1 to 4) */
+/* OID 137, InternetGatewayDevice.LANDevice.%d.LANEthernetInterfaceConfig.%d ("1,%d", 1 to 5) */
 typedef struct {
     char X_QV_PortName[16];        /* the switch's name for the port, e.g. "eth0" */
     uint8_t Enable;

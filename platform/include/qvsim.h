@@ -41,6 +41,8 @@
  *   "object <oid>"                lookups of that OID find nothing
  *   "object <oid> <instance>"     ... only that instance
  *   "paramlist"                   newParameterList returns NULL
+ *   "listadd <param>"             setParameterToList of that parameter
+ *                                 fails (-1); the entry is not added
  *   "write"                       every parameter write fails (-1)
  *   "write <param>"               writes of that parameter fail
  *   "read <param>"                qvsXml_getParameterByOID of it fails

@@ -47,7 +47,8 @@ bool fault_text_valid(const char *text) {
         return parse_inst(s.c_str(), i);
     };
     if (n == 1) return w[0] == "attach" || w[0] == "paramlist" || w[0] == "write";
-    if (n == 2) return (w[0] == "object" && number(w[1])) || w[0] == "write" || w[0] == "read" || w[0] == "device";
+    if (n == 2) return (w[0] == "object" && number(w[1])) || w[0] == "write" || w[0] == "read" || w[0] == "device" ||
+                      w[0] == "listadd";
     if (n == 3) return w[0] == "object" && number(w[1]) && instance(w[2]);
     if (n == 4) return w[0] == "read" && w[2] == "after" && number(w[3]);
     return false;

@@ -372,6 +372,7 @@ QVS_PARAM_LIST *newParameterList(void) {
 int setParameterToList(QVS_PARAM_LIST *list, const char *name, uint32_t type, const void *value) {
     qvsim::ApiLock api_lock;
     if (list == nullptr || name == nullptr || value == nullptr) return -1;
+    if (db() != nullptr && fault_active("listadd", name)) return -1;
     list->entries.push_back({name, type, value});
     return 0;
 }
