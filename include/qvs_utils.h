@@ -1361,7 +1361,7 @@ QVS_API int ipsec_write_ca_info(const char *countryca, const char *organizationc
  * "/userconfig/config/ipsec" (mode 0755) when missing, then runs through the
  * platform's command runner, in this order:
  *   ipsec pki --gen --outform pem > /userconfig/config/ipsec/client.key.pem
- *   ipsec pki --pub --in <client key> | ipsec pki --issue --cacert
+ *   ipsec pki --pub --in /userconfig/config/ipsec/client.key.pem | ipsec pki --issue --cacert
  *     /tmp/ca.cert.pem --cakey /tmp/ca.key.pem --dn "<subject>" --outform pem
  *     > /userconfig/config/ipsec/client.cert.pem
  *   mv /tmp/ca.key.pem /userconfig/config/ipsec/ca.key.pem
