@@ -2,9 +2,11 @@
 // size type, output cut at the caller's capacity, and a decoder that can be
 // fed in pieces (skipping line feeds) through a caller-owned context.
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
+#include "codec_words.hpp"
 #include "qvs_utils.h"
 
 namespace qvs::base64 {
@@ -20,6 +22,33 @@ constexpr std::array<signed char, 256> make_table() {
 }
 
 constexpr std::array<signed char, 256> kDecode = make_table();
+
+// The alphabet as unsigned bytes for the word-at-a-time encoder.
+constexpr std::array<unsigned char, 64> make_chars() {
+    std::array<unsigned char, 64> t{};
+    for (int i = 0; i < 64; ++i) t[static_cast<std::size_t>(i)] = static_cast<unsigned char>(kAlphabet[i]);
+    return t;
+}
+
+constexpr std::array<unsigned char, 64> kChars = make_chars();
+
+// Flag set in a combined quartet word when any character is outside the
+// alphabet ('=' included).
+constexpr std::uint32_t kBad = 1u << 31;
+
+// Per quartet position, each character's value shifted into its place in
+// the 24-bit group, or the flag.
+constexpr std::array<std::array<std::uint32_t, 256>, 4> make_shifted() {
+    std::array<std::array<std::uint32_t, 256>, 4> t{};
+    for (unsigned c = 0; c < 256; ++c) {
+        for (unsigned k = 0; k < 4; ++k) {
+            t[k][c] = kDecode[c] < 0 ? kBad : static_cast<std::uint32_t>(kDecode[c]) << (18 - 6 * k);
+        }
+    }
+    return t;
+}
+
+constexpr auto kShifted = make_shifted();
 
 inline unsigned char uc(char c) { return static_cast<unsigned char>(c); }
 inline bool in_alphabet(char c) { return kDecode[uc(c)] >= 0; }
@@ -56,6 +85,44 @@ bool decode_quartet(const char *in, size_t n, Sink &sink) {
     if (!in_alphabet(in[3])) return false;
     sink.put(((value(in[2]) << 6) & 0xC0u) | value(in[3]));
     return true;
+}
+
+// Decodes whole, valid, unpadded quartets straight from the input while
+// more than one quartet is left and the output has room for all three
+// bytes; stops, consuming nothing of it, at the first quartet that needs the
+// careful path.
+void decode_run(const char *&in, size_t &inlen, Sink &sink) {
+    const auto *p = reinterpret_cast<const unsigned char *>(in);
+    size_t n = inlen;
+    auto *out = reinterpret_cast<unsigned char *>(sink.out);
+    size_t left = sink.left;
+    while (n >= 8 && left >= 6) {
+        std::uint32_t a = kShifted[0][p[0]] | kShifted[1][p[1]] | kShifted[2][p[2]] | kShifted[3][p[3]];
+        std::uint32_t b = kShifted[0][p[4]] | kShifted[1][p[5]] | kShifted[2][p[6]] | kShifted[3][p[7]];
+        if (((a | b) & kBad) != 0) break;
+        if (n < 12) {
+            // The second quartet may be the input's last: leave it.
+            out[0] = static_cast<unsigned char>(a >> 16);
+            out[1] = static_cast<unsigned char>(a >> 8);
+            out[2] = static_cast<unsigned char>(a);
+            p += 4;
+            n -= 4;
+            out += 3;
+            left -= 3;
+            break;
+        }
+        qvs::codec::store4(out, (a >> 16) | (a & 0xFF00u) | ((a & 0xFFu) << 16) | ((b >> 16) << 24));
+        out[4] = static_cast<unsigned char>(b >> 8);
+        out[5] = static_cast<unsigned char>(b);
+        p += 8;
+        n -= 8;
+        out += 6;
+        left -= 6;
+    }
+    in = reinterpret_cast<const char *>(p);
+    inlen = n;
+    sink.out = reinterpret_cast<char *>(out);
+    sink.left = left;
 }
 
 // Gathers the next quartet for the context path. Returns where its
@@ -95,6 +162,14 @@ void base64_encode(const char *in, size_t inlen, char *out, size_t outlen) {
         --outlen;
         return true;
     };
+    // Whole groups while there is room for all four characters.
+    size_t groups = inlen / 3 < outlen / 4 ? inlen / 3 : outlen / 4;
+    size_t written = qvs::codec::encode_groups(reinterpret_cast<const unsigned char *>(in), groups,
+                                               reinterpret_cast<unsigned char *>(out), kChars.data());
+    in += groups * 3;
+    inlen -= groups * 3;
+    out += written;
+    outlen -= written;
     while (inlen > 0) {
         unsigned a = uc(in[0]);
         unsigned b = inlen > 1 ? uc(in[1]) : 0u;
@@ -140,6 +215,7 @@ bool base64_decode_ctx(struct base64_decode_context *ctx, const char *in, size_t
         // Fast path: whole quartets straight from the input.
         if ((!with_ctx || ctx->i == 0) && !flush) {
             for (;;) {
+                decode_run(in, inlen, sink);
                 before = sink;
                 if (!decode_quartet(in, inlen, sink)) break;
                 in += 4;
