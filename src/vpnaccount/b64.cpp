@@ -25,18 +25,20 @@ constexpr unsigned lenient_value(unsigned ch) {
 // Flag set in the combined word when the third or fourth character is '='.
 constexpr std::uint32_t kPadFlag = 1u << 24;
 
-// Per quartet position, each character's value already shifted into its
-// place in the 24-bit group. In the first two positions '=' (64) adds
-// nothing to the low 8 bits of the bytes it feeds, the same as value 0;
-// in the last two it sets the padding flag instead.
+// Per quartet position, each character's value already placed in the three
+// output bytes (first byte in the low 8 bits) so that OR-ing the four
+// entries gives the bytes. In the first two positions '=' (64) adds nothing
+// to the low 8 bits of the bytes it feeds, the same as value 0; in the last
+// two it sets the padding flag instead.
 constexpr std::array<std::array<std::uint32_t, 256>, 4> make_lenient() {
     std::array<std::array<std::uint32_t, 256>, 4> t{};
     for (unsigned c = 0; c < 256; ++c) {
         unsigned v = lenient_value(c);
-        t[0][c] = (v & 63u) << 18;
-        t[1][c] = (v & 63u) << 12;
-        t[2][c] = v == 64u ? kPadFlag : v << 6;
-        t[3][c] = v == 64u ? kPadFlag : v;
+        unsigned low = v & 63u;
+        t[0][c] = low << 2;
+        t[1][c] = (low >> 4) | (low & 15u) << 12;
+        t[2][c] = v == 64u ? kPadFlag : (v >> 2) << 8 | (v & 3u) << 22;
+        t[3][c] = v == 64u ? kPadFlag : v << 16;
     }
     return t;
 }
@@ -81,7 +83,11 @@ unsigned int b64_encode(const unsigned char *in, unsigned int len, unsigned char
     unsigned char chr[64];
     std::memcpy(chr, b64_chr, sizeof chr);
     const std::uint32_t groups = len / 3u;
-    std::uint32_t j = static_cast<std::uint32_t>(qvs::codec::encode_groups(in, groups, out, chr));
+    // While the table holds the standard alphabet, its pair table (two
+    // characters per lookup) gives the same characters.
+    std::uint32_t j = std::memcmp(chr, qvs::codec::kStdAlphabet, sizeof chr) == 0
+                          ? static_cast<std::uint32_t>(qvs::codec::encode_groups_std(in, groups, out))
+                          : static_cast<std::uint32_t>(qvs::codec::encode_groups(in, groups, out, chr));
     std::uint32_t i = groups * 3u;
     if (len - i == 1u) {
         unsigned a = in[i];
@@ -105,16 +111,43 @@ unsigned int b64_decode(const unsigned char *in, unsigned int len, unsigned char
     std::uint32_t i = 0;
     std::uint32_t j = 0;
     // Whole quartets only: a trailing group of 1 to 3 characters is dropped.
-    // While another quartet follows, an unpadded quartet is stored as one
-    // 4-byte word whose fourth byte the next quartet overwrites.
+    // Unpadded quartets are stored as words whose bytes past the quartet's
+    // three the next quartets overwrite, so this needs quartets to follow:
+    // two for a pair stored as 8 bytes, one for a single stored as 4.
+    const auto &t = kLenient;
+    // Four unpadded quartets are exactly three words.
+    for (; len - i >= 20u; i += 16u) {
+        const unsigned char *p = in + i;
+        std::uint32_t a = t[0][p[0]] | t[1][p[1]] | t[2][p[2]] | t[3][p[3]];
+        std::uint32_t b = t[0][p[4]] | t[1][p[5]] | t[2][p[6]] | t[3][p[7]];
+        std::uint32_t c = t[0][p[8]] | t[1][p[9]] | t[2][p[10]] | t[3][p[11]];
+        std::uint32_t d = t[0][p[12]] | t[1][p[13]] | t[2][p[14]] | t[3][p[15]];
+        if (((a | b | c | d) & kPadFlag) != 0u) break;
+        qvs::codec::store4(out + j, a | b << 24);
+        qvs::codec::store4(out + j + 4, b >> 8 | c << 16);
+        qvs::codec::store4(out + j + 8, c >> 16 | d << 8);
+        j += 12;
+    }
+    for (; len - i >= 16u; i += 8u) {
+        const unsigned char *p = in + i;
+        std::uint32_t a = t[0][p[0]] | t[1][p[1]] | t[2][p[2]] | t[3][p[3]];
+        std::uint32_t b = t[0][p[4]] | t[1][p[5]] | t[2][p[6]] | t[3][p[7]];
+        if (((a | b) & kPadFlag) == 0u) {
+            qvs::codec::store8(out + j, a | static_cast<std::uint64_t>(b) << 24);
+            j += 6;
+        } else {
+            j = decode_quartet(p, out, j);
+            j = decode_quartet(p + 4, out, j);
+        }
+    }
     for (; len - i >= 8u; i += 4u) {
-        std::uint32_t w = kLenient[0][in[i]] | kLenient[1][in[i + 1]] | kLenient[2][in[i + 2]] |
-                          kLenient[3][in[i + 3]];
-        if ((w & kPadFlag) == 0u) {
-            qvs::codec::store4(out + j, (w >> 16) | (w & 0xFF00u) | ((w & 0xFFu) << 16));
+        const unsigned char *p = in + i;
+        std::uint32_t a = t[0][p[0]] | t[1][p[1]] | t[2][p[2]] | t[3][p[3]];
+        if ((a & kPadFlag) == 0u) {
+            qvs::codec::store4(out + j, a);
             j += 3;
         } else {
-            j = decode_quartet(in + i, out, j);
+            j = decode_quartet(p, out, j);
         }
     }
     for (; len - i >= 4u; i += 4u) j = decode_quartet(in + i, out, j);

@@ -2,6 +2,7 @@
 // code (no vector instructions), byte order taken from the compiler.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -62,6 +63,44 @@ inline std::size_t encode_groups(const unsigned char *__restrict in, std::size_t
                           static_cast<std::uint32_t>(chr[((b << 2) & 0x3Cu) | (c >> 6)]) << 16 |
                           static_cast<std::uint32_t>(chr[c & 0x3Fu]) << 24;
         store4(out, v);
+        in += 3;
+        out += 4;
+    }
+    return static_cast<std::size_t>(out - start);
+}
+
+// Every 12-bit value as its two characters of the standard alphabet, first
+// character in the low byte: one lookup per two characters.
+extern const std::array<std::uint16_t, 4096> kStdPairs;
+
+// The standard alphabet, NUL-terminated.
+inline constexpr char kStdAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+// As encode_groups, with the standard alphabet's pair table.
+inline std::size_t encode_groups_std(const unsigned char *__restrict in, std::size_t groups,
+                                     unsigned char *__restrict out) {
+    const unsigned char *const start = out;
+    const std::uint16_t *const pairs = kStdPairs.data();
+    while (groups >= 5) {
+        std::uint64_t w = load48(in);
+        std::uint64_t x = load48(in + 6);
+        std::uint64_t v = static_cast<std::uint64_t>(pairs[(w >> 52) & 4095u]) |
+                          static_cast<std::uint64_t>(pairs[(w >> 40) & 4095u]) << 16 |
+                          static_cast<std::uint64_t>(pairs[(w >> 28) & 4095u]) << 32 |
+                          static_cast<std::uint64_t>(pairs[(w >> 16) & 4095u]) << 48;
+        std::uint64_t u = static_cast<std::uint64_t>(pairs[(x >> 52) & 4095u]) |
+                          static_cast<std::uint64_t>(pairs[(x >> 40) & 4095u]) << 16 |
+                          static_cast<std::uint64_t>(pairs[(x >> 28) & 4095u]) << 32 |
+                          static_cast<std::uint64_t>(pairs[(x >> 16) & 4095u]) << 48;
+        store8(out, v);
+        store8(out + 8, u);
+        in += 12;
+        out += 16;
+        groups -= 4;
+    }
+    for (; groups > 0; --groups) {
+        std::uint32_t g = static_cast<std::uint32_t>(in[0]) << 16 | static_cast<std::uint32_t>(in[1]) << 8 | in[2];
+        store4(out, static_cast<std::uint32_t>(pairs[g >> 12]) | static_cast<std::uint32_t>(pairs[g & 4095u]) << 16);
         in += 3;
         out += 4;
     }
