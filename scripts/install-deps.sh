@@ -11,7 +11,7 @@ host_pkgs=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev
   ipset iptables dnsmasq-base bridge-utils iproute2 procps psmisc
-  strongswan-pki strongswan-swanctl faketime openssl util-linux
+  strongswan-pki strongswan-swanctl faketime openssl util-linux strace
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
 # -dev:armhf package would need index files the security mirror may lack.
