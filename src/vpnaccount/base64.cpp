@@ -82,8 +82,10 @@ bool decode_quartet(const char *in, size_t n, Sink &sink) {
 }
 
 // Decodes whole, valid, unpadded quartets straight from the input while
-// another quartet follows and the output has room for their bytes; stops, consuming nothing of it, at the first quartet that needs the
-// careful path.
+// another quartet follows and the output has room for their bytes. Stops,
+// consuming nothing of it, at the first quartet that needs the careful
+// path (a character outside the alphabet, '=', the last quartet, little
+// room left), which then decodes it exactly as before.
 void decode_run(const char *&in, size_t &inlen, Sink &sink) {
     const auto *p = reinterpret_cast<const unsigned char *>(in);
     size_t n = inlen;
