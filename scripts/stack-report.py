@@ -41,7 +41,8 @@ def parse(build):
                     if size:
                         frames[title] = max(frames.get(title, 0), int(size.group(1)))
                         names[title] = parts[0]
-                        where[title] = parts[1] if len(parts) > 1 else ""
+                        loc = parts[1] if len(parts) > 1 else ""
+                        where[title] = os.path.relpath(loc) if loc.startswith("/") else loc
                         if "dynamic" in size.group(2) and "bounded" not in size.group(2):
                             dynamic.add(title)
                         external.discard(title)
