@@ -22,7 +22,12 @@
 #include <string.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <dirent.h>
+#include <sys/select.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/sysinfo.h>
+#include <sys/time.h>
 #include <sys/times.h>
 #include <sys/un.h>
 #include <time.h>
@@ -68,7 +73,7 @@ static void p_access(void) { sink32 = (uint32_t)access("/tmp", F_OK); }
 static void p_readlink(void) { char b[256]; sink32 = (uint32_t)readlink("/proc/self/exe", b, sizeof b); }
 static void p_strings(void) {
     char a[64] = "Hello World, hello", b[64];
-    strcpy(b, a); strncpy(b, a, sizeof b); strncat(b, "xy", 1);
+    strcpy(b, a); strncpy(b, a, sizeof b); strncat(b, "x", 2);
     sink32 = (uint32_t)(strlen(a) + strnlen(a, 10) + (size_t)strcmp(a, b) + (size_t)strncmp(a, b, 3) +
                         (size_t)strncasecmp(a, "hello", 5) + strcspn(a, ",") + (size_t)(strchr(a, 'W') - a) +
                         (size_t)(strstr(a, "hello") - a));
@@ -111,6 +116,41 @@ static void p_division(void) {
     sink64 = a / b + a % b; ssink64 = c / d + c % d; sink32 = e / f + e % f;
 }
 
+static void p_files2(void) {
+    FILE *f = fopen("/tmp/qvs-stack-probe.txt", "w+");
+    if (f) {
+        fwrite("line one\nline two\n", 1, 18, f); fseek(f, 0, SEEK_SET); sink32 = (uint32_t)ftell(f);
+        char b[32]; sink32 += (uint32_t)fread(b, 1, sizeof b, f); rewind(f); sink32 += (uint32_t)fgetc(f);
+        ungetc('l', f); sink32 += (uint32_t)fileno(f);
+        char *line = NULL; size_t n = 0; sink32 += (uint32_t)getline(&line, &n, f); free(line);
+        fclose(f);
+    }
+    rename("/tmp/qvs-stack-probe.txt", "/tmp/qvs-stack-probe.2"); struct stat st; stat("/tmp/qvs-stack-probe.2", &st);
+    int fd = open("/tmp/qvs-stack-probe.2", O_RDWR); char c; read(fd, &c, 1); write(fd, "x", 1);
+    FILE *g = fdopen(fd, "r"); if (g) fclose(g); else close(fd);
+    unlink("/tmp/qvs-stack-probe.2"); remove("/tmp/qvs-stack-probe.none");
+}
+static void p_dirs(void) { DIR *d = opendir("/proc/self"); if (d) { while (readdir(d)) {} closedir(d); } }
+static void p_misc(void) {
+    char a[] = "a/b/c";
+    sink32 = (uint32_t)(strrchr(a, '/') - a) + (uint32_t)strcasecmp("Ab", "aB") + (uint32_t)atoi("42") +
+             (uint32_t)strtoul("0xff", NULL, 16) + (uint32_t)toupper('a') + (uint32_t)abs(-3);
+    char *s = a; sink32 += (uint32_t)strlen(strsep(&s, "/"));
+    sink32 += (uint32_t)strlen(strerror(ENOENT));
+    sink32 += (uint32_t)getpid(); kill(getpid(), 0); raise(0);
+}
+static int cmp(const void *x, const void *y) { return *(const int *)x - *(const int *)y; }
+static void p_sort(void) { int v[64]; for (int i = 0; i < 64; ++i) v[i] = 64 - i; qsort(v, 64, sizeof v[0], cmp); int k = 5; sink32 = bsearch(&k, v, 64, sizeof v[0], cmp) != NULL; }
+static void p_time2(void) {
+    time_t t = time(NULL); struct tm tm; gmtime_r(&t, &tm); sink32 = (uint32_t)localtime(&t)->tm_hour;
+    struct timeval tv; gettimeofday(&tv, NULL);
+}
+static void p_sys(void) {
+    struct statvfs v; statvfs("/", &v); struct sysinfo si; sysinfo(&si);
+    sink64 = v.f_blocks + si.totalram;
+}
+static void p_perror(void) { errno = 0; perror("\r"); }
+
 struct probe { const char *names; void (*fn)(void); };
 static const struct probe probes[] = {
     {"snprintf", p_snprintf}, {"sprintf", p_sprintf}, {"vsnprintf", p_vsnprintf}, {"vfprintf", p_vfprintf},
@@ -126,7 +166,16 @@ static const struct probe probes[] = {
     {"time localtime_r strftime mktime times sysconf", p_time},
     {"socket connect send recvfrom poll ioctl close inet_addr", p_sockets},
     {"getaddrinfo freeaddrinfo", p_getaddrinfo}, {"sigqueue", p_sigqueue},
-    {"__aeabi_uldivmod __aeabi_ldivmod __aeabi_uidivmod", p_division},
+    {"__aeabi_uldivmod __aeabi_ldivmod __aeabi_uidivmod __aeabi_idivmod __aeabi_uidiv __aeabi_idiv", p_division},
+    {"fwrite fread fseek ftell rewind fgetc ungetc fileno getline rename stat open read write fdopen unlink remove",
+     p_files2},
+    {"opendir readdir closedir", p_dirs},
+    {"strrchr strcasecmp atoi strtoul toupper abs strsep strerror getpid kill raise", p_misc},
+    {"qsort bsearch", p_sort},
+    {"gmtime_r localtime gettimeofday", p_time2},
+    {"statvfs sysinfo", p_sys},
+
+    {"perror", p_perror},
 };
 
 static void *run(void *arg) { ((void (*)(void))arg)(); return NULL; }
