@@ -29,7 +29,7 @@ if [ -n "$ossl" ]; then
   echo "armhf OpenSSL: Debian's libssl-dev:armhf unpacked in ${ossl#$PWD/} (see scripts/armhf-openssl.sh)"
   cmake --preset armhf -DQVS_BUILD_BENCHMARKS=ON -DQVS_BENCH_OPENSSL_ROOT="$ossl" >/dev/null
   nice -n 10 cmake --build --preset armhf --target bench_base64 >/dev/null
-  QVS_BENCH_ROUNDS=${QVS_BENCH_ROUNDS_ARMHF:-5} nice -n 10 tests/sandbox/qvs-sandbox env \
+  QVS_BENCH_ROUNDS=${QVS_BENCH_ROUNDS_ARMHF:-7} nice -n 10 tests/sandbox/qvs-sandbox env \
     LD_LIBRARY_PATH="$PWD/build/armhf/lib:$ossl/usr/lib/arm-linux-gnueabihf" \
     qemu-arm "$PWD/build/armhf/bin/bench_base64" --no-target | sed 's/^Base64 on/Base64 (emulated armhf) on/' || status=1
 else
