@@ -88,7 +88,7 @@ void run_base64_decode_alloc_ctx() {
 
 int main(int argc, char **argv) {
     bool enforce = !(argc > 1 && std::strcmp(argv[1], "--no-target") == 0);
-    int rounds = 15;
+    int rounds = 30;
     if (const char *r = std::getenv("QVS_BENCH_ROUNDS")) rounds = std::atoi(r) > 0 ? std::atoi(r) : rounds;
 
     std::mt19937 gen(14);
