@@ -8,7 +8,7 @@ need_root() { [ "$(id -u)" -eq 0 ] || { echo "install-deps: run as root" >&2; ex
 host_pkgs=(
   build-essential clang cmake ninja-build pkg-config git python3
   g++-arm-linux-gnueabihf gcc-arm-linux-gnueabihf qemu-user binutils-arm-linux-gnueabihf
-  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  googletest libgtest-dev libgmock-dev libbenchmark-dev strace
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev
   ipset iptables dnsmasq-base bridge-utils iproute2 procps psmisc
   faketime openssl util-linux

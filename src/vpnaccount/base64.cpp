@@ -2,9 +2,11 @@
 // size type, output cut at the caller's capacity, and a decoder that can be
 // fed in pieces (skipping line feeds) through a caller-owned context.
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
+#include "codec_words.hpp"
 #include "qvs_utils.h"
 
 namespace qvs::base64 {
@@ -20,6 +22,27 @@ constexpr std::array<signed char, 256> make_table() {
 }
 
 constexpr std::array<signed char, 256> kDecode = make_table();
+
+// Flag set in a combined quartet word when any character is outside the
+// alphabet ('=' included).
+constexpr std::uint32_t kBad = 1u << 31;
+
+// Per quartet position, each character's value placed in the three output
+// bytes (first byte in the low 8 bits), or the flag.
+constexpr std::array<std::array<std::uint32_t, 256>, 4> make_shifted() {
+    std::array<std::array<std::uint32_t, 256>, 4> t{};
+    for (unsigned c = 0; c < 256; ++c) {
+        auto v = static_cast<std::uint32_t>(kDecode[c]);
+        bool bad = kDecode[c] < 0;
+        t[0][c] = bad ? kBad : v << 2;
+        t[1][c] = bad ? kBad : (v >> 4) | (v & 15u) << 12;
+        t[2][c] = bad ? kBad : (v >> 2) << 8 | (v & 3u) << 22;
+        t[3][c] = bad ? kBad : v << 16;
+    }
+    return t;
+}
+
+constexpr auto kShifted = make_shifted();
 
 inline unsigned char uc(char c) { return static_cast<unsigned char>(c); }
 inline bool in_alphabet(char c) { return kDecode[uc(c)] >= 0; }
@@ -56,6 +79,63 @@ bool decode_quartet(const char *in, size_t n, Sink &sink) {
     if (!in_alphabet(in[3])) return false;
     sink.put(((value(in[2]) << 6) & 0xC0u) | value(in[3]));
     return true;
+}
+
+// Decodes whole, valid, unpadded quartets straight from the input while
+// another quartet follows and the output has room for their bytes. Stops,
+// consuming nothing of it, at the first quartet that needs the careful
+// path (a character outside the alphabet, '=', the last quartet, little
+// room left), which then decodes it exactly as before.
+void decode_run(const char *&in, size_t &inlen, Sink &sink) {
+    const auto *p = reinterpret_cast<const unsigned char *>(in);
+    size_t n = inlen;
+    auto *out = reinterpret_cast<unsigned char *>(sink.out);
+    size_t left = sink.left;
+    const auto &t = kShifted;
+    // Four quartets (12 bytes, three words) at a time while a fifth follows.
+    while (n >= 20 && left >= 12) {
+        std::uint32_t a = t[0][p[0]] | t[1][p[1]] | t[2][p[2]] | t[3][p[3]];
+        std::uint32_t b = t[0][p[4]] | t[1][p[5]] | t[2][p[6]] | t[3][p[7]];
+        std::uint32_t c = t[0][p[8]] | t[1][p[9]] | t[2][p[10]] | t[3][p[11]];
+        std::uint32_t d = t[0][p[12]] | t[1][p[13]] | t[2][p[14]] | t[3][p[15]];
+        if (((a | b | c | d) & kBad) != 0) break;
+        qvs::codec::store4(out, a | b << 24);
+        qvs::codec::store4(out + 4, b >> 8 | c << 16);
+        qvs::codec::store4(out + 8, c >> 16 | d << 8);
+        p += 16;
+        n -= 16;
+        out += 12;
+        left -= 12;
+    }
+    // Pairs of quartets while a third follows.
+    while (n >= 12 && left >= 6) {
+        std::uint32_t a = t[0][p[0]] | t[1][p[1]] | t[2][p[2]] | t[3][p[3]];
+        std::uint32_t b = t[0][p[4]] | t[1][p[5]] | t[2][p[6]] | t[3][p[7]];
+        if (((a | b) & kBad) != 0) break;
+        qvs::codec::store4(out, a | b << 24);
+        out[4] = static_cast<unsigned char>(b >> 8);
+        out[5] = static_cast<unsigned char>(b >> 16);
+        p += 8;
+        n -= 8;
+        out += 6;
+        left -= 6;
+    }
+    // Then single quartets while another follows.
+    while (n >= 8 && left >= 3) {
+        std::uint32_t a = t[0][p[0]] | t[1][p[1]] | t[2][p[2]] | t[3][p[3]];
+        if ((a & kBad) != 0) break;
+        out[0] = static_cast<unsigned char>(a);
+        out[1] = static_cast<unsigned char>(a >> 8);
+        out[2] = static_cast<unsigned char>(a >> 16);
+        p += 4;
+        n -= 4;
+        out += 3;
+        left -= 3;
+    }
+    in = reinterpret_cast<const char *>(p);
+    inlen = n;
+    sink.out = reinterpret_cast<char *>(out);
+    sink.left = left;
 }
 
 // Gathers the next quartet for the context path. Returns where its
@@ -95,6 +175,14 @@ void base64_encode(const char *in, size_t inlen, char *out, size_t outlen) {
         --outlen;
         return true;
     };
+    // Whole groups while there is room for all four characters.
+    size_t groups = inlen / 3 < outlen / 4 ? inlen / 3 : outlen / 4;
+    size_t written = qvs::codec::encode_groups_std(reinterpret_cast<const unsigned char *>(in), groups,
+                                                   reinterpret_cast<unsigned char *>(out));
+    in += groups * 3;
+    inlen -= groups * 3;
+    out += written;
+    outlen -= written;
     while (inlen > 0) {
         unsigned a = uc(in[0]);
         unsigned b = inlen > 1 ? uc(in[1]) : 0u;
@@ -140,6 +228,7 @@ bool base64_decode_ctx(struct base64_decode_context *ctx, const char *in, size_t
         // Fast path: whole quartets straight from the input.
         if ((!with_ctx || ctx->i == 0) && !flush) {
             for (;;) {
+                decode_run(in, inlen, sink);
                 before = sink;
                 if (!decode_quartet(in, inlen, sink)) break;
                 in += 4;

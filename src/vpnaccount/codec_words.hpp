@@ -1,0 +1,110 @@
+// Word-at-a-time helpers shared by the two Base64 codecs: portable scalar
+// code (no vector instructions), byte order taken from the compiler.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace qvs::codec {
+
+inline constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+
+// Six input bytes as the top 48 bits of a 64-bit value, first byte highest;
+// reads 8 bytes, so 8 must be readable.
+inline std::uint64_t load48(const unsigned char *p) {
+    std::uint64_t w;
+    std::memcpy(&w, p, sizeof w);
+    if constexpr (kLittleEndian) w = __builtin_bswap64(w);
+    return w;
+}
+
+// Eight output characters, first character at the lowest address.
+inline void store8(unsigned char *p, std::uint64_t first_lowest) {
+    if constexpr (!kLittleEndian) first_lowest = __builtin_bswap64(first_lowest);
+    std::memcpy(p, &first_lowest, sizeof first_lowest);
+}
+
+// Four output bytes, first at the lowest address.
+inline void store4(unsigned char *p, std::uint32_t first_lowest) {
+    if constexpr (!kLittleEndian) first_lowest = __builtin_bswap32(first_lowest);
+    std::memcpy(p, &first_lowest, sizeof first_lowest);
+}
+
+// Encodes `groups` whole groups of three bytes with the 64-character
+// alphabet `chr`, 4 characters per group (no NUL). Two groups per step while
+// 8 input bytes are readable, then one at a time. Returns the characters
+// written.
+inline std::size_t encode_groups(const unsigned char *__restrict in, std::size_t groups,
+                                 unsigned char *__restrict out, const unsigned char *__restrict chr) {
+    const unsigned char *const start = out;
+    // 6 bytes per step, but 8 are read: stop while a full step plus 2 more
+    // bytes of this call's groups remain.
+    while (groups >= 3) {
+        std::uint64_t w = load48(in);
+        std::uint64_t v = static_cast<std::uint64_t>(chr[(w >> 58) & 63u]) |
+                          static_cast<std::uint64_t>(chr[(w >> 52) & 63u]) << 8 |
+                          static_cast<std::uint64_t>(chr[(w >> 46) & 63u]) << 16 |
+                          static_cast<std::uint64_t>(chr[(w >> 40) & 63u]) << 24 |
+                          static_cast<std::uint64_t>(chr[(w >> 34) & 63u]) << 32 |
+                          static_cast<std::uint64_t>(chr[(w >> 28) & 63u]) << 40 |
+                          static_cast<std::uint64_t>(chr[(w >> 22) & 63u]) << 48 |
+                          static_cast<std::uint64_t>(chr[(w >> 16) & 63u]) << 56;
+        store8(out, v);
+        in += 6;
+        out += 8;
+        groups -= 2;
+    }
+    for (; groups > 0; --groups) {
+        unsigned a = in[0], b = in[1], c = in[2];
+        std::uint32_t v = static_cast<std::uint32_t>(chr[a >> 2]) |
+                          static_cast<std::uint32_t>(chr[((a << 4) & 0x30u) | (b >> 4)]) << 8 |
+                          static_cast<std::uint32_t>(chr[((b << 2) & 0x3Cu) | (c >> 6)]) << 16 |
+                          static_cast<std::uint32_t>(chr[c & 0x3Fu]) << 24;
+        store4(out, v);
+        in += 3;
+        out += 4;
+    }
+    return static_cast<std::size_t>(out - start);
+}
+
+// Every 12-bit value as its two characters of the standard alphabet, first
+// character in the low byte: one lookup per two characters.
+extern const std::array<std::uint16_t, 4096> kStdPairs;
+
+// The standard alphabet, NUL-terminated.
+inline constexpr char kStdAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+// As encode_groups, with the standard alphabet's pair table.
+inline std::size_t encode_groups_std(const unsigned char *__restrict in, std::size_t groups,
+                                     unsigned char *__restrict out) {
+    const unsigned char *const start = out;
+    const std::uint16_t *const pairs = kStdPairs.data();
+    while (groups >= 5) {
+        std::uint64_t w = load48(in);
+        std::uint64_t x = load48(in + 6);
+        std::uint64_t v = static_cast<std::uint64_t>(pairs[(w >> 52) & 4095u]) |
+                          static_cast<std::uint64_t>(pairs[(w >> 40) & 4095u]) << 16 |
+                          static_cast<std::uint64_t>(pairs[(w >> 28) & 4095u]) << 32 |
+                          static_cast<std::uint64_t>(pairs[(w >> 16) & 4095u]) << 48;
+        std::uint64_t u = static_cast<std::uint64_t>(pairs[(x >> 52) & 4095u]) |
+                          static_cast<std::uint64_t>(pairs[(x >> 40) & 4095u]) << 16 |
+                          static_cast<std::uint64_t>(pairs[(x >> 28) & 4095u]) << 32 |
+                          static_cast<std::uint64_t>(pairs[(x >> 16) & 4095u]) << 48;
+        store8(out, v);
+        store8(out + 8, u);
+        in += 12;
+        out += 16;
+        groups -= 4;
+    }
+    for (; groups > 0; --groups) {
+        std::uint32_t g = static_cast<std::uint32_t>(in[0]) << 16 | static_cast<std::uint32_t>(in[1]) << 8 | in[2];
+        store4(out, static_cast<std::uint32_t>(pairs[g >> 12]) | static_cast<std::uint32_t>(pairs[g & 4095u]) << 16);
+        in += 3;
+        out += 4;
+    }
+    return static_cast<std::size_t>(out - start);
+}
+
+}  // namespace qvs::codec
