@@ -681,6 +681,146 @@ QVS_API int qvs_is_hex_string(const char *str);
  * other address, multicast ones included. */
 QVS_API int isValidMac(const unsigned char *mac);
 
+/* ==== System facts ======================================================== */
+
+/** Bytes available for a firmware image: the sizes of the "rootfs-1" and
+ * "framework-1" partitions of "/proc/mtd" added up (a partition that is not
+ * listed counts 0; a later line of the same partition overrides an earlier
+ * one). Lines are scanned "%s %x %x %s" (device, size, erase size, name).
+ * @param size  set in bytes; left untouched when "/proc/mtd" cannot be opened
+ *              (or when size is NULL).
+ * @return 0 in every case. Reads "/proc/mtd" only. */
+QVS_API int GetMaxImageSize(uint32_t *size);
+
+/** Path of the factory default configuration for the gateway's area and
+ * province (platform calls libqv_sys_getArea / libqv_sys_getProvince), the
+ * first that exists of "/userconfig/config/customized/<area>_<province>.default.enc",
+ * "/usr/config/<area>_<province>.default.enc",
+ * "/userconfig/config/oem/<area>_<province>.default.enc"; otherwise
+ * "/usr/config/CN_WX.default.enc" for area CN and province WX, else
+ * "/usr/config/config.default.enc" (these two without testing that they
+ * exist). Logs "final default xml is <path>\n." at level 1.
+ * @return a static 96-byte text owned by the library, overwritten by every
+ *         call: do not free it; copy it before calling again. A path longer
+ *         than 95 characters is cut (the cut path is what is tested). */
+QVS_API char *getPreDefaultXml(void);
+
+/** Area and province codes of the gateway from the platform.
+ * @param area      32-byte buffer filled by libqv_sys_getArea, or NULL.
+ * @param province  32-byte buffer filled by libqv_sys_getProvince, or NULL.
+ * @return the province call's result when province is given, else the area
+ *         call's result, else 0 (both NULL). The platform's results are 0 on
+ *         success and negative on failure. */
+QVS_API int getAreaAndProvince(char *area, char *province);
+
+/** CPU occupancy in percent (0-100) as the platform measures it
+ * (libqv_sys_getCpuUsage).
+ * @param percent  written only when the platform call succeeds; left
+ *                 untouched otherwise (and when NULL).
+ * @return 0 in every case. */
+QVS_API int getCpuOccupy(unsigned int *percent);
+
+/** RAM occupancy in percent, 100 * (MemTotal - MemAvailable) / MemTotal,
+ * truncated, from "/proc/meminfo" (at most 8192 bytes of it are read).
+ * Prints to standard output (puts) "Invalid parameters." when the file is
+ * empty and "couln't parser, parameter error." when MemTotal, or
+ * MemAvailable after it, is missing (or MemTotal is not a positive number).
+ * @param percent  written on success only (may be NULL).
+ * @return 0; -1 when the file cannot be opened (nothing printed), is empty or
+ *         cannot be parsed. */
+QVS_API int getRamOccupy(unsigned int *percent);
+
+/** Flash occupancy in percent. Runs "df>/tmp/flashsize" with system(),
+ * takes the lines of the mount points "/userconfig/config" and
+ * "/opt/sgw/apps" (1K-block size and available blocks), computes
+ * ((sizes + 50922 - available) * 100) / 262144 (truncated toward zero),
+ * then runs "rm /tmp/flashsize".
+ * @param percent  written whenever the listing could be read (may be NULL).
+ * @return 0 when exactly two such lines were found; -1 otherwise, and -1
+ *         when "/tmp/flashsize" cannot be read (percent untouched). */
+QVS_API int getFLASHOccupy(int *percent);
+
+/** Copies the software version text of the device information object (OID
+ * 3) into dst with an unbounded copy. Attaches to the store by itself and
+ * detaches on every path; logs "xmlShm init error.\r\n" (level 1) when the
+ * store cannot be attached, "xmlShm init success.\r\n" (level 5) otherwise.
+ * @param dst  must hold 64 bytes (the version field's size).
+ * @return 0; -1 when the store cannot be attached, the object is missing,
+ *         the version text is empty or dst is NULL (dst untouched). */
+QVS_API int qvs_getSWVersion(char *dst);
+
+/* ==== Bridge and WAN helpers ============================================== */
+
+/** One record of a bridge's forwarding database as the kernel publishes it
+ * in "/sys/class/net/<bridge>/brforward" (host byte order), 16 bytes,
+ * copied unchanged. */
+struct qvs_fdb_entry {
+    uint8_t mac_addr[6];
+    uint8_t port_no;             /* bridge port number, low 8 bits */
+    uint8_t is_local;            /* non-zero: an address of the bridge itself */
+    uint32_t ageing_timer_value; /* hundredths of a second since last seen */
+    uint8_t port_hi;             /* bridge port number, high 8 bits */
+    uint8_t pad0;
+    uint16_t unused;
+};
+
+/** Finds the forwarding record of one MAC address in a bridge's forwarding
+ * database ("/sys/class/net/<bridge>/brforward", read in batches of 32
+ * records until the end or more than 96 records: at most 128 are
+ * considered). Local records count too; the first match in file order wins.
+ * @param brname  bridge name (the path is cut at 127 characters).
+ * @param mac     6 bytes.
+ * @param out     receives the 16 bytes of the record when found.
+ * @return 1 when found; 0 when not found or the file cannot be opened. */
+QVS_API int brctl_getmacs_by_mac(const char *brname, const unsigned char *mac, struct qvs_fdb_entry *out);
+
+/** Copies the learned (not local) records among the first min(read, max)
+ * records of a bridge's forwarding database to out, in file order. The file
+ * is read as for brctl_getmacs_by_mac (at most 128 records). The maximum
+ * bounds the records examined: local records among them reduce the result.
+ * @param brname  bridge name.
+ * @param out     room for max records.
+ * @param max     records to examine; below 1 gives 0 and out untouched.
+ * @return the number of records written; 0 when the file cannot be opened. */
+QVS_API int brctl_getmacs(const char *brname, struct qvs_fdb_entry *out, int max);
+
+/** Makes an Ethernet port a tagged member of the LAN bridge "br0": removes
+ * the VLAN device "<ifname>.<vid>" (libqv_netApi_remDev), runs
+ * "ifconfig <ifname> mtu 2000", creates the VLAN device
+ * (libqv_netApi_addDev(ifname, vlan, 3, vid, 0, 0, 0, 0)), runs
+ * "ifconfig <ifname> promisc", "ifconfig <vlan> up" and
+ * "brctl addif br0 <vlan>" through qvs_system, with a 200 ms pause after the
+ * removal, the add, the promisc and the up (at least 800 ms in all). Results
+ * of the platform calls and commands are not checked.
+ * @param ifname  must begin with "eth"; the VLAN name is cut to 15
+ *                characters. Text with a shell meta character, or too long
+ *                for a 128-byte command line, is refused (level-1 log line).
+ * @param vid     VLAN id.
+ * @return 0; -1 (nothing run) when ifname does not begin with "eth" or is
+ *         refused. */
+QVS_API int qvsUtil_setEthToLan(const char *ifname, int vid);
+
+/** The PVC index for a new WAN connection: the lowest index from 1 that no
+ * WANPPPConnection or WANIPConnection of WANDevice 1 (connection devices 1
+ * to 16, connections 1 to 8) uses, below the highest index in use, else one
+ * above it (capped at 20); 1 when there is no WAN device or no index in use.
+ * Indices above 19 only raise the highest. Reads the store by object name
+ * through the caller's handle (never attaches); a zero handle gives 1.
+ * @return 1 to 20. */
+QVS_API int Qvs_getpvcIndex(uint32_t handle);
+
+/** Whether a LAN interface is bound to an enabled bridged WAN connection of
+ * the OTHER service: a connection (devices 1 to 16 of WANDevice 1, PPP then
+ * IP connections 1 to 8) whose "Enable" is set, whose "ConnectionType"
+ * contains "Bridged", whose "X_QV_ServiceList" contains "OTHER" and whose
+ * "X_QV_LanInterface" contains the key. The key is the path itself (cut at
+ * 255 characters), except that a path containing "WLANConfiguration" is
+ * read as "InternetGatewayDevice.LANDevice.1.WLANConfiguration.<k>" and
+ * looked up as "InternetGatewayDevice.WiFi.SSID.<k>" (k 0 when the path has
+ * another shape). Uses the caller's handle (never attaches).
+ * @return 1 when bound; 0 otherwise, for a NULL path and a zero handle. */
+QVS_API int isIntfBindByOtherBridgeWan(uint32_t handle, const char *path);
+
 #ifdef __cplusplus
 }
 #endif

@@ -10,7 +10,7 @@ host_pkgs=(
   g++-arm-linux-gnueabihf gcc-arm-linux-gnueabihf qemu-user binutils-arm-linux-gnueabihf
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev
-  ipset iptables dnsmasq-base bridge-utils iproute2 procps psmisc
+  ipset iptables dnsmasq-base bridge-utils net-tools iproute2 procps psmisc
   strongswan-pki strongswan-swanctl faketime openssl util-linux
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
