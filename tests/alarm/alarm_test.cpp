@@ -11,7 +11,8 @@
 #include "qvs_utils.h"
 #include "libqv.h"
 #include "qvsim.h"
-#include "sim_clock.hpp"
+#include "sim_journal.hpp"
+#include "test_clock.h"
 #include "test_support.hpp"
 
 namespace {
@@ -110,10 +111,10 @@ protected:
         ASSERT_EQ(qvsim_set(223, "", "NumberOfAlarmInfo", "0"), 0);
         ASSERT_EQ(qvsim_set(85, "", "LocalTimeZone", "+08:00"), 0);
         ASSERT_EQ(qvsim_set(85, "", "DaylightSavingsUsed", "0"), 0);
-        simclock::pin(kT0);
+        test_clock_pin(kT0);
         simjournal::clear();
     }
-    void TearDown() override { simclock::release(); }
+    void TearDown() override { test_clock_release(); }
 
     // One self-attaching call: attach and detach balance on every path.
     template <typename F>
@@ -242,7 +243,7 @@ TEST_F(AlarmTest, LevelAboveEveryseverityAcceptsAll) {
 
 TEST_F(AlarmTest, EveryRowCreatesItsEntryWithTheTablesFields) {
     for (std::size_t k = 0; k < kTable.size(); ++k) {
-        simclock::pin(kT0 + static_cast<std::time_t>(k) * 61);
+        test_clock_pin(kT0 + static_cast<std::time_t>(k) * 61);
         EXPECT_EQ(raise(kTable[k].code), 0);
     }
     for (std::size_t k = 0; k < kTable.size(); ++k) {
@@ -307,7 +308,7 @@ TEST_F(AlarmTest, UnknownCodeIsLoggedWithSeverityZeroWhateverTheLevel) {
 TEST_F(AlarmTest, RaisingTwiceRefreshesAndCreatesNothingNew) {
     EXPECT_EQ(raise(104001), 0);
     ASSERT_EQ(counter(), "1");
-    simclock::advance(3600);
+    test_clock_advance(3600);
     simjournal::clear();
     EXPECT_EQ(raise(104001), 0);
     EXPECT_EQ(entry_count(), 1);
@@ -409,7 +410,7 @@ TEST_F(AlarmTest, RaisingRefreshesTheFirstOfTwoEntriesWithTheCode) {
 
 TEST_F(AlarmTest, ClearingStampsStatusThreeAndTheClearedTime) {
     EXPECT_EQ(raise(104001), 0);
-    simclock::advance(125);
+    test_clock_advance(125);
     simjournal::clear();
     EXPECT_EQ(clear(104001), 0);
     EXPECT_EQ(entry(1, "AlarmStatus"), "3");
@@ -449,11 +450,11 @@ TEST_F(AlarmTest, ClearingTouchesOnlyTheFirstEntryWithTheCode) {
 TEST_F(AlarmTest, EntryLifeRaiseClearRaiseAgain) {
     EXPECT_EQ(raise(104012), 0);
     expect_new_entry(1, kTable[2], kT0);
-    simclock::advance(60);
+    test_clock_advance(60);
     EXPECT_EQ(clear(104012), 0);
     EXPECT_EQ(entry(1, "AlarmStatus"), "3");
     EXPECT_EQ(entry(1, "AlarmClearedTime"), local_stamp(kT0 + 60));
-    simclock::advance(60);
+    test_clock_advance(60);
     EXPECT_EQ(raise(104012), 0);
     EXPECT_EQ(entry(1, "AlarmStatus"), "2");
     EXPECT_EQ(entry(1, "AlarmRaisedTime"), local_stamp(kT0 + 120));
@@ -473,11 +474,11 @@ TEST_F(AlarmTest, StampsFollowTheStoresZoneAndSummerTime) {
 }
 
 TEST_F(AlarmTest, RealClockStampsLieBetweenBeforeAndAfter) {
-    simclock::release();
-    std::string before = local_stamp(simclock::real_now());
+    test_clock_release();
+    std::string before = local_stamp(test_clock_real_now());
     EXPECT_EQ(raise(104001), 0);
     EXPECT_EQ(clear(104001), 0);
-    std::string after = local_stamp(simclock::real_now());
+    std::string after = local_stamp(test_clock_real_now());
     EXPECT_GE(entry(1, "AlarmRaisedTime"), before);
     EXPECT_LE(entry(1, "AlarmRaisedTime"), after);
     EXPECT_GE(entry(1, "AlarmClearedTime"), entry(1, "AlarmRaisedTime"));

@@ -10,7 +10,8 @@
 
 #include "qvs_utils.h"
 #include "qvsim.h"
-#include "sim_clock.hpp"
+#include "sim_journal.hpp"
+#include "test_clock.h"
 #include "test_support.hpp"
 
 using qvstest::CaptureFd;
@@ -81,10 +82,10 @@ protected:
         ASSERT_EQ(qvsim_reset(), 0);
         remove_all_conns();
         set_rms(0, 0, 2, 0);
-        simclock::pin(kT0);
+        test_clock_pin(kT0);
         simjournal::clear();
     }
-    void TearDown() override { simclock::release(); }
+    void TearDown() override { test_clock_release(); }
 
     const Uplink &up() const { return *GetParam(); }
 
@@ -167,11 +168,11 @@ TEST_P(PonTest, KnownFailureFirstCallCreatesOltFileAndWaits) {
 
 TEST_P(PonTest, KnownFailureAfter181SecondsGivesThree) {
     for (const std::string &text : up().known_failures) {
-        simclock::pin(kT0);
+        test_clock_pin(kT0);
         ::remove("/tmp/oltretime");
         set_state(up(), text);
         EXPECT_EQ(call(), 2) << text;
-        simclock::advance(181);
+        test_clock_advance(181);
         simjournal::clear();
         EXPECT_EQ(call(), 3) << text;
         EXPECT_TRUE(simjournal::commands().empty()) << text;
@@ -182,9 +183,9 @@ TEST_P(PonTest, KnownFailureAfter181SecondsGivesThree) {
 TEST_P(PonTest, OltTimeOutIsStrictlyMoreThan180Seconds) {
     set_state(up(), up().known_failures[0]);
     EXPECT_EQ(call(), 2);
-    simclock::advance(180);
+    test_clock_advance(180);
     EXPECT_EQ(call(), 2);
-    simclock::advance(1);
+    test_clock_advance(1);
     EXPECT_EQ(call(), 3);
 }
 
@@ -192,14 +193,14 @@ TEST_P(PonTest, UnknownTextWaitsThenGivesFour) {
     set_state(up(), "Something else");
     EXPECT_EQ(call(), 2);
     EXPECT_EQ(read_file("/tmp/oltretime"), stamp(kT0));
-    simclock::advance(181);
+    test_clock_advance(181);
     EXPECT_EQ(call(), 4);
 }
 
 TEST_P(PonTest, EmptyStateTextCountsAsOtherState) {
     set_state(up(), "");
     EXPECT_EQ(call(), 2);
-    simclock::advance(181);
+    test_clock_advance(181);
     EXPECT_EQ(call(), 4);
 }
 
@@ -207,11 +208,11 @@ TEST_P(PonTest, TextsAreMatchedWholeAndExactly) {
     const std::string reg = up().registered;
     for (const std::string &near : {reg + " ", reg.substr(0, reg.size() - 1), std::string("x") + reg,
                                     std::string(up().starting) + " ", up().known_failures[0] + "!"}) {
-        simclock::pin(kT0);
+        test_clock_pin(kT0);
         ::remove("/tmp/oltretime");
         set_state(up(), near);
         EXPECT_EQ(call(), 2) << near;
-        simclock::advance(181);
+        test_clock_advance(181);
         EXPECT_EQ(call(), 4) << "'" << near << "' is neither registered, starting nor a known failure";
     }
 }
@@ -222,7 +223,7 @@ TEST_P(PonTest, TheOtherUplinksTextsAreNotKnownHere) {
     EXPECT_EQ(call(), 2);
     set_state(up(), other.starting);
     EXPECT_EQ(call(), 2) << "the other uplink's starting text is not starting here";
-    simclock::advance(181);
+    test_clock_advance(181);
     for (const std::string &text : other.known_failures) {
         set_state(up(), text);
         EXPECT_EQ(call(), 4) << text;
@@ -232,21 +233,21 @@ TEST_P(PonTest, TheOtherUplinksTextsAreNotKnownHere) {
 // Time stamps written relative to the real clock: the same branches without
 // a pinned clock.
 TEST_P(PonTest, RealClockOltFileAgedBeyondAndWithinTheTimeOut) {
-    simclock::release();
+    test_clock_release();
     set_state(up(), up().known_failures[0]);
-    write_file("/tmp/oltretime", stamp(simclock::real_now() - 181));
+    write_file("/tmp/oltretime", stamp(test_clock_real_now() - 181));
     EXPECT_EQ(call(), 3);
-    write_file("/tmp/oltretime", stamp(simclock::real_now() - 179));
+    write_file("/tmp/oltretime", stamp(test_clock_real_now() - 179));
     EXPECT_EQ(call(), 2);
     EXPECT_TRUE(simjournal::commands().empty());
 }
 
 TEST_P(PonTest, RealClockFirstCallStampsTheRealTime) {
-    simclock::release();
+    test_clock_release();
     set_state(up(), "NoSignal");
-    std::time_t before = simclock::real_now();
+    std::time_t before = test_clock_real_now();
     EXPECT_EQ(call(), 2);
-    std::time_t after = simclock::real_now();
+    std::time_t after = test_clock_real_now();
     long long v = std::stoll(read_file("/tmp/oltretime"));
     EXPECT_GE(v, before);
     EXPECT_LE(v, after);
@@ -312,19 +313,19 @@ TEST_P(PonTest, RegisteredWithoutConnectionsWaitsForTheWan) {
 TEST_P(PonTest, WanTimeOutIsStrictlyMoreThan120Seconds) {
     set_state(up(), up().registered);
     EXPECT_EQ(call(), 5);
-    simclock::advance(120);
+    test_clock_advance(120);
     EXPECT_EQ(call(), 5);
-    simclock::advance(1);
+    test_clock_advance(1);
     EXPECT_EQ(call(), 6);
     EXPECT_EQ(simjournal::commands().size(), 1u) << "created once";
 }
 
 TEST_P(PonTest, RealClockWanFileAgedBeyondAndWithinTheTimeOut) {
-    simclock::release();
+    test_clock_release();
     set_state(up(), up().registered);
-    write_file("/tmp/getwantime", stamp(simclock::real_now() - 121));
+    write_file("/tmp/getwantime", stamp(test_clock_real_now() - 121));
     EXPECT_EQ(call(), 6);
-    write_file("/tmp/getwantime", stamp(simclock::real_now() - 119));
+    write_file("/tmp/getwantime", stamp(test_clock_real_now() - 119));
     EXPECT_EQ(call(), 5);
 }
 
@@ -457,9 +458,9 @@ TEST_P(PonTest, RegistrationUnderWayWaitsThenTimesOut) {
     EXPECT_EQ(call(), 8);
     EXPECT_EQ(simjournal::commands(), std::vector<std::string>{"echo 1790000000 > /tmp/registerrms"});
     EXPECT_EQ(read_file("/tmp/registerrms"), stamp(kT0));
-    simclock::advance(120);
+    test_clock_advance(120);
     EXPECT_EQ(call(), 8);
-    simclock::advance(1);
+    test_clock_advance(1);
     EXPECT_EQ(call(), 9);
 }
 
@@ -467,17 +468,17 @@ TEST_P(PonTest, StatusNinetyNineIsAlsoUnderWay) {
     reach_management();
     set_rms(0, 0, 99, 0);
     EXPECT_EQ(call(), 8);
-    simclock::advance(121);
+    test_clock_advance(121);
     EXPECT_EQ(call(), 9);
 }
 
 TEST_P(PonTest, RealClockRegistrationFileAged) {
-    simclock::release();
+    test_clock_release();
     reach_management();
     set_rms(0, 1, 0, 0);
-    write_file("/tmp/registerrms", stamp(simclock::real_now() - 121));
+    write_file("/tmp/registerrms", stamp(test_clock_real_now() - 121));
     EXPECT_EQ(call(), 9);
-    write_file("/tmp/registerrms", stamp(simclock::real_now() - 119));
+    write_file("/tmp/registerrms", stamp(test_clock_real_now() - 119));
     EXPECT_EQ(call(), 8);
 }
 
@@ -525,23 +526,23 @@ TEST_P(PonTest, ServiceTimeOutPrintsAndGivesThirteen) {
     reach_management();
     set_rms(0, 0, 0, 0);
     EXPECT_EQ(call(), 14);
-    simclock::advance(120);
+    test_clock_advance(120);
     EXPECT_EQ(call(), 14);
-    simclock::advance(1);
+    test_clock_advance(1);
     CaptureFd out(1);
     EXPECT_EQ(call(), 13);
     EXPECT_EQ(out.text(), "service is timeout\n");
 }
 
 TEST_P(PonTest, RealClockServiceFile121SecondsOld) {
-    simclock::release();
+    test_clock_release();
     reach_management();
     set_rms(0, 0, 0, 0);
-    write_file("/tmp/servicetime", stamp(simclock::real_now() - 121));
+    write_file("/tmp/servicetime", stamp(test_clock_real_now() - 121));
     CaptureFd out(1);
     EXPECT_EQ(call(), 13);
     EXPECT_EQ(out.text(), "service is timeout\n");
-    write_file("/tmp/servicetime", stamp(simclock::real_now() - 119));
+    write_file("/tmp/servicetime", stamp(test_clock_real_now() - 119));
     EXPECT_EQ(call(), 14);
 }
 
@@ -573,7 +574,7 @@ TEST_P(PonTest, PhaseFilesAreNeverDeletedAndAnOldStampTimesOutAtOnce) {
     EXPECT_EQ(call(), 5);  // WAN phase clock starts
     add_conn(174, 1, 1, "TR069", true);
     set_rms(0, 0, 4, 0);
-    simclock::advance(500);
+    test_clock_advance(500);
     EXPECT_EQ(call(), 11);
     EXPECT_TRUE(exists("/tmp/getwantime"));
     ASSERT_EQ(qvsim_set(174, "1,1,1", "ConnectionUp", "0"), 0);  // the WAN goes down again
@@ -583,14 +584,14 @@ TEST_P(PonTest, PhaseFilesAreNeverDeletedAndAnOldStampTimesOutAtOnce) {
 TEST_P(PonTest, EachPhaseHasItsOwnFile) {
     set_state(up(), up().known_failures[0]);
     EXPECT_EQ(call(), 2);
-    simclock::advance(10);
+    test_clock_advance(10);
     set_state(up(), up().registered);
     EXPECT_EQ(call(), 5);
-    simclock::advance(10);
+    test_clock_advance(10);
     add_conn(174, 1, 1, "TR069", true);
     set_rms(0, 1, 0, 0);
     EXPECT_EQ(call(), 8);
-    simclock::advance(10);
+    test_clock_advance(10);
     set_rms(0, 0, 0, 0);
     EXPECT_EQ(call(), 14);
     EXPECT_EQ(read_file("/tmp/oltretime"), stamp(kT0));

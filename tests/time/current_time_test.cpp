@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "libqv.h"
-#include "pinned_clock.h"
+#include "test_clock.h"
 #include "qvs_utils.h"
 #include "qvsim.h"
 #include "test_support.hpp"
@@ -38,11 +38,11 @@ protected:
     }
     void TearDown() override {
         qvs_xmlShmDeInit(&handle_);
-        pinned_clock_release();
+        test_clock_release();
     }
 
     std::string at(long long seconds, uint32_t handle) {
-        pinned_clock_set(static_cast<time_t>(seconds));
+        test_clock_pin(static_cast<time_t>(seconds));
         char out[26];
         std::memset(out, 'X', sizeof out);
         char *r = get_currentTime(handle, out);
@@ -70,7 +70,7 @@ TEST_F(CurrentTime, UsesTheZoneOfTheTimeObject) {
 }
 
 TEST_F(CurrentTime, WritesTheStampWithItsTerminatorOnly) {
-    pinned_clock_set(static_cast<time_t>(utc(2024, 5, 6, 7, 8, 9)));
+    test_clock_pin(static_cast<time_t>(utc(2024, 5, 6, 7, 8, 9)));
     char out[26];
     std::memset(out, 'X', sizeof out);
     EXPECT_EQ(get_currentTime(handle_, out), out);

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "pinned_clock.h"
+#include "test_clock.h"
 #include "qvs_utils.h"
 #include "test_support.hpp"
 #include "time_test_support.hpp"
@@ -51,11 +51,11 @@ long long last_day_start() { return utc(2037, 12, 31, 0, 0, 0); }
 class LocalTime : public ::testing::Test {
 protected:
     void SetUp() override { timetest::use_zone("UTC0"); }
-    void TearDown() override { pinned_clock_release(); }
+    void TearDown() override { test_clock_release(); }
 
     // my_localtime at a pinned moment.
     std::string at(long long seconds, const char *zone, int dst = 0, int *result = nullptr) {
-        pinned_clock_set(static_cast<time_t>(seconds));
+        test_clock_pin(static_cast<time_t>(seconds));
         char out[26];
         std::memset(out, 'X', sizeof out);
         int r = my_localtime(dst, zone, out);
@@ -154,7 +154,7 @@ TEST_F(LocalTime, OnlyTheFirstSixZoneCharactersAreRead) {
 }
 
 TEST_F(LocalTime, MinusAloneGivesMinusOneSilently) {
-    pinned_clock_set(static_cast<time_t>(utc(2024, 1, 1, 0, 0, 0)));
+    test_clock_pin(static_cast<time_t>(utc(2024, 1, 1, 0, 0, 0)));
     char out[26];
     std::memset(out, 'X', sizeof out);
     CaptureFd o(1), e(2);
@@ -166,7 +166,7 @@ TEST_F(LocalTime, MinusAloneGivesMinusOneSilently) {
 }
 
 TEST_F(LocalTime, PlusAlonePrintsAndGivesMinusOne) {
-    pinned_clock_set(static_cast<time_t>(utc(2024, 1, 1, 0, 0, 0)));
+    test_clock_pin(static_cast<time_t>(utc(2024, 1, 1, 0, 0, 0)));
     char out[26];
     std::memset(out, 'X', sizeof out);
     CaptureFd o(1), e(2);
@@ -181,7 +181,7 @@ TEST_F(LocalTime, NullOutputIsRefused) {
 }
 
 TEST_F(LocalTime, WritesNineteenCharactersAndATerminator) {
-    pinned_clock_set(static_cast<time_t>(utc(2024, 5, 6, 7, 8, 9)));
+    test_clock_pin(static_cast<time_t>(utc(2024, 5, 6, 7, 8, 9)));
     char out[26];
     std::memset(out, 'X', sizeof out);
     ASSERT_EQ(my_localtime(0, "+00:00", out), 0);
@@ -253,10 +253,10 @@ TEST_F(LocalTime, AnyNonZeroFlagTurnsSummerTimeOn) {
 // ---- the clock itself ------------------------------------------------------------
 
 TEST_F(LocalTime, ReadsTheClockOncePerCall) {
-    pinned_clock_set(static_cast<time_t>(utc(2024, 1, 1, 0, 0, 0)));
+    test_clock_pin(static_cast<time_t>(utc(2024, 1, 1, 0, 0, 0)));
     char out[26] = {};
     ASSERT_EQ(my_localtime(0, "+08:00", out), 0);
-    EXPECT_EQ(pinned_clock_reads(), 1u);
+    EXPECT_EQ(test_clock_reads(), 1u);
 }
 
 TEST_F(LocalTime, MovingTheClockMovesTheStamp) {
@@ -267,7 +267,7 @@ TEST_F(LocalTime, MovingTheClockMovesTheStamp) {
 }
 
 TEST_F(LocalTime, FollowsTheRealClock) {
-    pinned_clock_release();
+    test_clock_release();
     char out[26] = {};
     time_t before = ::time(nullptr);
     ASSERT_EQ(my_localtime(0, "+08:00", out), 0);

@@ -1,24 +1,10 @@
-// Helpers for the PON and alarm suites: a clock that tests can pin and move
-// (the test program's own time(), which the library's calls reach before the
-// C library's), and the simulated gateway's journal split into fields.
+// Helpers for the PON and alarm suites: the simulated gateway's journal
+// split into fields. (Their clock is the shared test clock, test_clock.h.)
 #pragma once
 
 #include <ctime>
 #include <string>
 #include <vector>
-
-namespace simclock {
-
-// From now on time() answers t (and moves only when told to).
-void pin(std::time_t t);
-// Moves a pinned clock by the given seconds.
-void advance(long seconds);
-// Back to the real clock.
-void release();
-// The real clock, whatever is pinned.
-std::time_t real_now();
-
-}  // namespace simclock
 
 namespace simjournal {
 

@@ -1,54 +1,10 @@
-#include "sim_clock.hpp"
+#include "sim_journal.hpp"
 
 #include <cstdlib>
 #include <cstring>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include "qvsim.h"
 #include "test_support.hpp"
-
-namespace {
-bool g_pinned = false;
-std::time_t g_now = 0;
-
-std::time_t real_seconds() {
-    struct timespec ts {};
-    ::syscall(SYS_clock_gettime, CLOCK_REALTIME, &ts);
-    return ts.tv_sec;
-}
-
-std::time_t current() { return g_pinned ? g_now : real_seconds(); }
-}  // namespace
-
-namespace simclock {
-void pin(std::time_t t) {
-    g_now = t;
-    g_pinned = true;
-}
-void advance(long seconds) { g_now += seconds; }
-void release() { g_pinned = false; }
-std::time_t real_now() { return real_seconds(); }
-}  // namespace simclock
-
-// The library asks time() for "now"; this definition in the test program
-// comes first in the lookup order, so a pinned clock reaches it.
-extern "C" std::time_t time(std::time_t *out) noexcept {
-    std::time_t t = current();
-    if (out != nullptr) *out = t;
-    return t;
-}
-
-// The same for the wall clock read through clock_gettime; the other clocks
-// pass through.
-extern "C" int clock_gettime(clockid_t id, struct timespec *ts) noexcept {
-    if (id == CLOCK_REALTIME && g_pinned) {
-        ts->tv_sec = g_now;
-        ts->tv_nsec = 0;
-        return 0;
-    }
-    return static_cast<int>(::syscall(SYS_clock_gettime, id, ts));
-}
 
 namespace simjournal {
 

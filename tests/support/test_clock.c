@@ -1,0 +1,110 @@
+/* The test clock (see test_clock.h). Real clock reads and sleeps go straight
+ * to the kernel, so these definitions never call themselves. */
+#include "test_clock.h"
+
+#include <errno.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#define KEPT_SLEEPS 256
+#define NS_PER_S 1000000000LL
+
+static volatile int g_pinned;
+static struct timespec g_now;
+static volatile unsigned long g_reads;
+static volatile unsigned long g_sleeps;
+static long long g_slept_ns;
+static long long g_sleep_ns[KEPT_SLEEPS];
+
+static struct timespec real_clock(clockid_t id) {
+    struct timespec ts = {0, 0};
+    syscall(SYS_clock_gettime, id, &ts);
+    return ts;
+}
+
+static void clear_counters(void) {
+    g_reads = 0;
+    g_sleeps = 0;
+    g_slept_ns = 0;
+}
+
+void test_clock_pin(time_t t) {
+    g_now.tv_sec = t;
+    g_now.tv_nsec = 0;
+    g_pinned = 1;
+    clear_counters();
+}
+
+void test_clock_advance(long seconds) { g_now.tv_sec += seconds; }
+
+void test_clock_release(void) {
+    g_pinned = 0;
+    clear_counters();
+}
+
+int test_clock_pinned(void) { return g_pinned; }
+
+time_t test_clock_real_now(void) { return real_clock(CLOCK_REALTIME).tv_sec; }
+
+struct timespec test_clock_now(void) { return g_pinned ? g_now : real_clock(CLOCK_REALTIME); }
+
+unsigned long test_clock_reads(void) { return g_reads; }
+unsigned long test_clock_sleeps(void) { return g_sleeps; }
+long long test_clock_slept_ns(void) { return g_slept_ns; }
+long long test_clock_sleep_ns(unsigned long n) { return n < KEPT_SLEEPS && n < g_sleeps ? g_sleep_ns[n] : -1; }
+
+/* A sleep of ns nanoseconds: real, or recorded and added to a pinned clock. */
+static int take_sleep(long long ns) {
+    if (ns < 0) ns = 0;
+    if (!g_pinned) {
+        struct timespec req = {(time_t)(ns / NS_PER_S), (long)(ns % NS_PER_S)};
+        return (int)syscall(SYS_nanosleep, &req, (struct timespec *)0);
+    }
+    if (g_sleeps < KEPT_SLEEPS) g_sleep_ns[g_sleeps] = ns;
+    g_sleeps = g_sleeps + 1;
+    g_slept_ns += ns;
+    long long total = (long long)g_now.tv_nsec + ns % NS_PER_S;
+    g_now.tv_sec += (time_t)(ns / NS_PER_S + total / NS_PER_S);
+    g_now.tv_nsec = (long)(total % NS_PER_S);
+    return 0;
+}
+
+time_t time(time_t *out) {
+    time_t now = g_pinned ? g_now.tv_sec : real_clock(CLOCK_REALTIME).tv_sec;
+    g_reads = g_reads + 1;
+    if (out != 0) *out = now;
+    return now;
+}
+
+int gettimeofday(struct timeval *tv, void *tz) {
+    (void)tz;
+    struct timespec now = test_clock_now();
+    tv->tv_sec = now.tv_sec;
+    tv->tv_usec = now.tv_nsec / 1000;
+    return 0;
+}
+
+int clock_gettime(clockid_t id, struct timespec *ts) {
+    if (id == CLOCK_REALTIME && g_pinned) {
+        *ts = g_now;
+        return 0;
+    }
+    return (int)syscall(SYS_clock_gettime, id, ts);
+}
+
+unsigned int sleep(unsigned int seconds) {
+    take_sleep((long long)seconds * NS_PER_S);
+    return 0;
+}
+
+int usleep(useconds_t usec) { return take_sleep((long long)usec * 1000); }
+
+int nanosleep(const struct timespec *req, struct timespec *rem) {
+    if (req->tv_nsec < 0 || req->tv_nsec >= NS_PER_S) {
+        errno = EINVAL;
+        return -1;
+    }
+    if (rem != 0) rem->tv_sec = 0, rem->tv_nsec = 0;
+    return take_sleep((long long)req->tv_sec * NS_PER_S + req->tv_nsec);
+}
