@@ -1,10 +1,13 @@
 // An Ethernet port joins the LAN bridge: a real "ethN" (one end of a veth
 // pair) and a real "br0" in the sandbox; the 200 ms pauses are taken on the
 // suite's test clock, so no test waits for them.
+#include <dlfcn.h>
 #include <net/if.h>
 
 #include <cstdlib>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "sysinfo_fixture.hpp"
 #include "test_clock.h"
@@ -14,6 +17,52 @@ using namespace sysinfotest;
 namespace {
 
 constexpr long long kPauseNs = 200LL * 1000 * 1000;
+constexpr time_t kPinned = 1767225600;  // 2026-01-01 00:00:00 UTC
+
+// When each platform step was taken, on the test clock: nanoseconds since
+// the pinned second.
+std::vector<std::pair<std::string, long long>> g_steps;
+
+void note(const std::string &step) {
+    const timespec now = test_clock_now();
+    g_steps.emplace_back(step, (static_cast<long long>(now.tv_sec) - kPinned) * 1000000000LL + now.tv_nsec);
+}
+
+template <typename F>
+F next_definition(const char *name) {
+    return reinterpret_cast<F>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// The test program's own definitions of the three platform entry points the
+// library uses here: they note the test clock's time and hand the call on
+// to the platform, so a test sees which pause stood between which steps.
+extern "C" {
+
+int qvs_system(const char *cmd) {
+    static const auto real = next_definition<int (*)(const char *)>("qvs_system");
+    note(std::string("cmd ") + (cmd != nullptr ? cmd : ""));
+    return real(cmd);
+}
+
+int libqv_netApi_remDev(const char *devName) {
+    static const auto real = next_definition<int (*)(const char *)>("libqv_netApi_remDev");
+    note(std::string("remDev ") + (devName != nullptr ? devName : ""));
+    return real(devName);
+}
+
+int libqv_netApi_addDev(const char *baseName, const char *devName, int type, int vid, int arg1, int arg2, int arg3,
+                        int arg4) {
+    static const auto real =
+        next_definition<int (*)(const char *, const char *, int, int, int, int, int, int)>("libqv_netApi_addDev");
+    note(std::string("addDev ") + (devName != nullptr ? devName : ""));
+    return real(baseName, devName, type, vid, arg1, arg2, arg3, arg4);
+}
+
+}  // extern "C"
+
+namespace {
 
 class EthToLan : public SysinfoTest {
 protected:
@@ -22,7 +71,8 @@ protected:
         if (HasFatalFailure()) return;
         sh("ip link add br0 type bridge && ip link set br0 up");
         sh("ip link add eth1 type veth peer name lanpeer1 && ip link set eth1 up && ip link set lanpeer1 up");
-        test_clock_pin(1767225600);  // 2026-01-01 00:00:00 UTC
+        test_clock_pin(kPinned);
+        g_steps.clear();
         ASSERT_EQ(qvsim_journal_clear(), 0);
     }
     void TearDown() override {
@@ -105,15 +155,24 @@ TEST_F(EthToLan, APauseFollowsTheRemovalTheAddThePromiscAndTheUp) {
     EXPECT_EQ(effects(), sequence("eth1", "eth1.7", "7"));
     expect_four_pauses();
     const timespec now = test_clock_now();
-    EXPECT_EQ(now.tv_sec, 1767225600 + 0);
+    EXPECT_EQ(now.tv_sec, kPinned);
     EXPECT_EQ(now.tv_nsec, 4 * kPauseNs);
+    // Where the pauses stand: after the removal, after the add, after the
+    // promisc and after the up.
+    using Step = std::pair<std::string, long long>;
+    EXPECT_EQ(g_steps, (std::vector<Step>{{"remDev eth1.7", 0},
+                                          {"cmd ifconfig eth1 mtu 2000", kPauseNs},
+                                          {"addDev eth1.7", kPauseNs},
+                                          {"cmd ifconfig eth1 promisc", 2 * kPauseNs},
+                                          {"cmd ifconfig eth1.7 up", 3 * kPauseNs},
+                                          {"cmd brctl addif br0 eth1.7", 4 * kPauseNs}}));
 }
 
 TEST_F(EthToLan, ASecondCallReplacesTheVlanDevice) {
     EXPECT_EQ(qvsUtil_setEthToLan("eth1", 5), 0);
     const std::string first = sysfs("eth1.5", "ifindex");
     ASSERT_EQ(qvsim_journal_clear(), 0);
-    test_clock_pin(1767225600);
+    test_clock_pin(kPinned);
     EXPECT_EQ(qvsUtil_setEthToLan("eth1", 5), 0);
     EXPECT_EQ(effects(), sequence("eth1", "eth1.5", "5"));
     expect_four_pauses();
