@@ -2,7 +2,12 @@
 SHELL := /bin/bash
 PRESETS := host host-asan host-clang host-release armhf
 
-.PHONY: all deps build test run bench clean size $(addprefix build-,$(PRESETS)) $(addprefix test-,$(PRESETS))
+# The shipped objects (release, with debug information for the ABI check,
+# installed under /usr): packages, ABI baseline, consumer example.
+PKG_PRESETS := pkg-amd64 pkg-armhf
+
+.PHONY: all deps build test run bench clean size package docs abi-baseline abi-check consumer \
+	$(addprefix build-,$(PRESETS) $(PKG_PRESETS)) $(addprefix test-,$(PRESETS))
 
 all: build
 
@@ -22,11 +27,20 @@ test-$(1): build-$(1)
 endef
 $(foreach p,$(PRESETS),$(eval $(call preset_rules,$(p))))
 
+define pkg_preset_rules
+build-$(1): deps
+	cmake --preset $(1) >/dev/null
+	cmake --build --preset $(1)
+endef
+$(foreach p,$(PKG_PRESETS),$(eval $(call pkg_preset_rules,$(p))))
+
 build: build-host
 
 # Every suite: the host build (GCC), the host build under ASan/UBSan, the
 # host build with Clang, and the armhf build under qemu-user; then the checks
-# on the shipped object itself.
+# on the shipped object itself: exported symbols, the Debian packages
+# (lintian), the ABI against abi/, the consumer example against the staging
+# trees and the unpacked amd64 packages, and the API reference.
 test: deps
 	$(MAKE) build-host build-host-asan build-host-clang build-armhf
 	ctest --preset host
@@ -34,6 +48,29 @@ test: deps
 	ctest --preset host-clang
 	ctest --preset armhf
 	bash scripts/check-shipped.sh
+	bash scripts/package.sh
+	bash scripts/abi.sh check
+	bash scripts/consumer-test.sh
+	bash scripts/docs.sh
+
+# Debian packages for amd64 and armhf into build/packages/, checked by lintian.
+package: deps
+	bash scripts/package.sh
+
+# HTML API reference into build/docs/html; fails on any Doxygen warning.
+docs: deps
+	bash scripts/docs.sh
+
+# The ABI check alone, and the deliberate rewrite of its baseline (commit abi/).
+abi-check: build-pkg-amd64 build-pkg-armhf
+	bash scripts/abi.sh check
+
+abi-baseline: build-pkg-amd64 build-pkg-armhf
+	bash scripts/abi.sh baseline
+
+# The consumer example against staging trees and the unpacked amd64 packages.
+consumer: package
+	bash scripts/consumer-test.sh
 
 # The main job: a tour of the simulated gateway through qvsctl.
 run: build-host

@@ -32,42 +32,60 @@ extern "C" {
 
 /* ==== Logging and diagnostics ============================================ */
 
-/* Path of the running executable ("/proc/self/exe", at most 127 bytes),
- * newly allocated (free() it), or NULL when it cannot be read. */
+/** Path of the running executable ("/proc/self/exe", at most 127 bytes),
+ * newly allocated (free() it), or NULL when it cannot be read.
+ * @par Touches
+ * reads the link "/proc/self/exe"; nothing else.
+ * @return a new block the caller frees, or NULL. */
 QVS_API char *util_getPidname(void);
 
-/* Writes "<exe path>[file:function:line]" then the formatted message and a
- * newline to standard error. Returns the result of writing the newline. */
+/** Writes "<exe path>[file:function:line]" then the formatted message and a
+ * newline to standard error. Returns the result of writing the newline.
+ * @param file source file name shown in the prefix
+ * @param function function name shown in the prefix
+ * @param line line number shown in the prefix
+ * @param format printf format of the message, followed by its arguments
+ * @par Touches
+ * standard error only (and "/proc/self/exe" for the prefix). */
 QVS_API int util_printf(const char *file, const char *function, int line,
                         const char *format, ...) __attribute__((format(printf, 4, 5)));
 
-/* Weak flag kept for the platform's direct-write mode; the library never
+/** Weak flag kept for the platform's direct-write mode; the library never
  * reads it. */
 extern QVS_API int allow_direct_write_xmlShm;
 
 /* ==== Process PID records ================================================ */
 
-/* PID of the first process listed by "ps -ef | grep '<name>' | grep -v grep"
+/** PID of the first process listed by "ps -ef | grep '<name>' | grep -v grep"
  * (the name may match anywhere in a process list line: the first line whose
  * text contains it wins; its first number is taken as the PID).
  * Returns the PID, 0 when no process matched (a line is printed on standard
  * output), -1 when the search could not be run (popen failed), the name is
  * NULL, or the name holds a character that could change the shell command
  * line (; & | ` $ < > ( ) \ ' " # or a line end; refused and logged at level
- * 1 without running anything). The command line is cut at 511 characters. */
+ * 1 without running anything). The command line is cut at 511 characters.
+ * @param process_name text looked for in the process list; must not hold shell characters
+ * @par Touches
+ * runs one "ps" command line through popen; no store, no files. */
 QVS_API int qvs_util_get_process_pid(const char *process_name);
 
-/* Looks the name up as qvs_util_get_process_pid() does and writes the result
+/** Looks the name up as qvs_util_get_process_pid() does and writes the result
  * (even 0 or -1) in decimal, without a newline, to
  * "/tmp/process_pid_<name>.pid" (path cut at 255 characters).
  * Returns 0 when the record was written; -1 for a NULL or empty name, a name
  * refused as unsafe for the shell (nothing looked up, nothing written), or a
- * record file that cannot be opened for writing. */
+ * record file that cannot be opened for writing.
+ * @param process_name process name, also the record file's name part
+ * @par Touches
+ * runs "ps" through popen and writes "/tmp/process_pid_<name>.pid". */
 QVS_API int qvs_util_recordProcessPid(const char *process_name);
 
-/* Reads the PID recorded by qvs_util_recordProcessPid() for the name.
+/** Reads the PID recorded by qvs_util_recordProcessPid() for the name.
  * Returns the recorded number, 0 when the record exists but holds no number,
- * -1 when there is no record or the name is NULL or empty. */
+ * -1 when there is no record or the name is NULL or empty.
+ * @param process_name process name whose record is read
+ * @par Touches
+ * reads "/tmp/process_pid_<name>.pid" only. */
 QVS_API int qvs_util_getPidFromRecord(const char *process_name);
 
 /* ==== WLAN: SSID index map ================================================ */
@@ -81,134 +99,223 @@ QVS_API int qvs_util_getPidFromRecord(const char *process_name);
  * index of external index k (0: free). Functions taking a handle use the
  * caller's store handle and never attach, detach or save. */
 
-/* Reads the map into table (room for *count one-byte entries; pass 16).
+/** Reads the map into table (room for *count one-byte entries; pass 16).
  * On success *count is the number of entries read (extra numbers ignored).
  * 0; -22 zero handle; -1003 no Wi-Fi common object; -1000 empty map text or
- * *count below 1 (then *count is left as passed). */
+ * *count below 1 (then *count is left as passed).
+ * @param handle attached store handle (not attached, detached or saved here)
+ * @param table caller's buffer of *count bytes; pass 16 entries
+ * @param count in: room in table; out: entries read
+ * @par Touches
+ * reads "X_QV_External_SSID_Map" of the Wi-Fi common object. */
 QVS_API int qvs_wlan_get_ssid_map(uint32_t handle, uint8_t *table, int *count);
 
-/* Internal index of an external index (0 when the external index is free),
+/** Internal index of an external index (0 when the external index is free),
  * or -1 when the index is below 1, the map cannot be read or holds fewer
- * entries than the index. */
+ * entries than the index.
+ * @param handle attached store handle
+ * @param ext_idx external SSID index, 1 to 16
+ * @par Touches
+ * reads the SSID map from the store. */
 QVS_API int qvs_wlan_get_internal_ssididx_by_ext_ssididx(uint32_t handle, int ext_idx);
 
-/* External index (first map position holding internal_idx, plus 1), or -1
+/** External index (first map position holding internal_idx, plus 1), or -1
  * when the map cannot be read, internal_idx is outside 1 to 16 or no entry
- * read holds it. */
+ * read holds it.
+ * @param handle attached store handle
+ * @param internal_idx internal SSID index, 1 to 16
+ * @par Touches
+ * reads the SSID map from the store. */
 QVS_API int qvs_wlan_get_ext_ssididx_by_internal_ssididx(uint32_t handle, int internal_idx);
 
-/* The ubus index taken as an internal index value: the external index that
+/** The ubus index taken as an internal index value: the external index that
  * maps to it (first match among all 16 positions), 0 when none does; -1 when
  * the index is below 1, the map cannot be read or holds fewer entries than
- * the index. */
+ * the index.
+ * @param handle attached store handle
+ * @param ubus_idx ubus SSID index of the Wi-Fi agent
+ * @par Touches
+ * reads the SSID map from the store. */
 QVS_API int qvs_wlan_get_ssididx_by_ubus_ssididx(uint32_t handle, int ubus_idx);
 
-/* The ubus index taken as a zero-based external position: the internal index
+/** The ubus index taken as a zero-based external position: the internal index
  * of external index ubus_idx + 1 (0 past the table's end); -1 under the same
- * conditions as qvs_wlan_get_internal_ssididx_by_ext_ssididx. */
+ * conditions as qvs_wlan_get_internal_ssididx_by_ext_ssididx.
+ * @param handle attached store handle
+ * @param ubus_idx ubus SSID index (zero-based external position)
+ * @par Touches
+ * reads the SSID map from the store. */
 QVS_API int qvs_wlan_get_internal_ssididx_by_ubus(uint32_t handle, int ubus_idx);
 
-/* Radio of an internal index: 2 for 9 to 16, 1 for anything else. */
+/** Radio of an internal index: 2 for 9 to 16, 1 for anything else.
+ * @param internal_idx internal SSID index
+ * @par Touches
+ * nothing (pure computation). */
 QVS_API int qvs_wlan_internal_ssididx_to_radioidx(int internal_idx);
 
-/* Radio of a station-side interface index: 2 for 1, 1 for anything else. */
+/** Radio of a station-side interface index: 2 for 1, 1 for anything else.
+ * @param sta_idx station-side interface index
+ * @par Touches
+ * nothing (pure computation). */
 QVS_API int qvs_wlan_internal_staidx_to_radioidx(int sta_idx);
 
-/* Attaches to the store itself. 1 when the external index's SSID lies on
+/** Attaches to the store itself. 1 when the external index's SSID lies on
  * radio 1 (internal 1 to 8, also when the index is unknown), 0 when it lies
- * on radio 2 or the store cannot be attached. */
+ * on radio 2 or the store cannot be attached.
+ * @param ext_idx external SSID index, 1 to 16
+ * @par Touches
+ * attaches to the store, reads the SSID map, detaches on every path. */
 QVS_API int qvs_wlan_get_ssid_band(int ext_idx);
 
-/* Always 1: both radios are present. */
+/** Always 1: both radios are present.
+ * @par Touches
+ * nothing. */
 QVS_API int qvs_wlan_get_dual_bandsupport(void);
 
-/* Read "X_QV_SharedSSID_Map" / "X_QV_GuestSSID_Map" into table (room for
+/** @name qvs_wlan_get_shared_ssid_list, qvs_wlan_get_guest_ssid_list
+ * @{ */
+/** Read "X_QV_SharedSSID_Map" / "X_QV_GuestSSID_Map" into table (room for
  * *count one-byte entries; pass 16; at most 63 characters of text are read).
  * 0 with *count the number read; -22 zero handle and -1003 no Wi-Fi common
  * object (both set *count to 0); -1000 empty text or *count below 1 (sets
- * *count to 0). */
+ * *count to 0).
+ * @par Arguments of both
+ * handle, an attached store handle (never attached, detached or saved here); table, the caller's buffer of *count bytes; count, in: room in table, out: entries read.
+ * @par Touches
+ * reads the text from the Wi-Fi common object only. */
 QVS_API int qvs_wlan_get_shared_ssid_list(uint32_t handle, uint8_t *table, int *count);
 QVS_API int qvs_wlan_get_guest_ssid_list(uint32_t handle, uint8_t *table, int *count);
+/** @} */
 
 
 /* ==== WLAN: same-SSID merge and guest clean-up ============================ */
 
-/* List selectors of the shared and guest SSID lists. */
-#define QVS_WLAN_SHARED_LIST 0x10000
-#define QVS_WLAN_GUEST_LIST 0x20000
+/** @name QVS_WLAN_SHARED_LIST, QVS_WLAN_GUEST_LIST
+ * @{ */
+/** List selectors of the shared and guest SSID lists. */
+#define QVS_WLAN_SHARED_LIST 0x10000 /**< the shared SSID list, "X_QV_SharedSSID_Map" */
+#define QVS_WLAN_GUEST_LIST 0x20000  /**< the guest SSID list, "X_QV_GuestSSID_Map" */
+/** @} */
 
-/* Merges two SSIDs into one network: marks both merged (bit 0x40000 of
+/** Merges two SSIDs into one network: marks both merged (bit 0x40000 of
  * "X_QV_SSID_Bitmap"), copies the source's network name and security
  * settings ("ModeEnabled", the WEP group when the mode holds "WEP-", the WPA
  * group when it holds "WPA") to the target and saves (no reply).
  * 0; -1003 when the source's name or security object or the target's
  * security object is missing; -14 when no parameter list can be made;
- * -22 zero handle. The merge marks stay set on the failures. */
+ * -22 zero handle. The merge marks stay set on the failures.
+ * @param handle attached store handle
+ * @param src_ext_idx external index of the SSID whose settings are copied
+ * @param dst_ext_idx external index of the SSID that receives them
+ * @par Touches
+ * the SSID objects' "X_QV_SSID_Bitmap", "SSID" and security parameters; saves the store (no reply). */
 QVS_API int qvs_wlan_set_same_ssid(uint32_t handle, int src_ext_idx, int dst_ext_idx);
 
-/* Clears every merge mark, renames each formerly merged SSID of internal
+/** Clears every merge mark, renames each formerly merged SSID of internal
  * slots 1 to 8 to its first 29 characters plus "-5G", and saves (no reply).
- * 0; -1 zero handle. */
+ * 0; -1 zero handle.
+ * @param handle attached store handle
+ * @par Touches
+ * "X_QV_SSID_Bitmap" and "SSID" of the SSID objects; saves the store (no reply). */
 QVS_API int qvs_wlan_cancel_same_ssid(uint32_t handle);
 
-/* 1 when any of the 16 SSIDs carries the merge mark, else 0; -1 zero handle. */
+/** 1 when any of the 16 SSIDs carries the merge mark, else 0; -1 zero handle.
+ * @param handle attached store handle
+ * @par Touches
+ * reads "X_QV_SSID_Bitmap" of the 16 SSIDs. */
 QVS_API int qvs_wlan_get_same_ssid_status(uint32_t handle);
 
-/* Entry at position (1 to 16) of the shared or guest list (selector
+/** Entry at position (1 to 16) of the shared or guest list (selector
  * QVS_WLAN_SHARED_LIST or QVS_WLAN_GUEST_LIST), or -1 for a bad position or
- * selector, an unreadable or empty list, or fewer entries than the position. */
+ * selector, an unreadable or empty list, or fewer entries than the position.
+ * @param handle attached store handle
+ * @param position list position, 1 to 16
+ * @param selector QVS_WLAN_SHARED_LIST or QVS_WLAN_GUEST_LIST
+ * @par Touches
+ * reads the selected list text of the Wi-Fi common object. */
 QVS_API int qvs_wlan_get_ext_ssid_idx_by_mapped_ssid_oid_idx(uint32_t handle, int position, int selector);
 
-/* Sets the entry at position (1 to 16) of the selected list to value (0
+/** Sets the entry at position (1 to 16) of the selected list to value (0
  * clears it) and writes the list back (never saves). The entries read are
  * written back, and up to the position when it lies beyond them. Returns the
  * store's write result, or -1 for a bad position or selector, an unreadable
- * or empty list, or a non-zero value the list already holds. */
+ * or empty list, or a non-zero value the list already holds.
+ * @param handle attached store handle
+ * @param position list position, 1 to 16
+ * @param value external SSID index to store there, 0 to clear
+ * @param selector QVS_WLAN_SHARED_LIST or QVS_WLAN_GUEST_LIST
+ * @par Touches
+ * reads and writes the selected list text of the Wi-Fi common object. */
 QVS_API int qvs_wlan_update_mapped_list(uint32_t handle, int position, int value, int selector);
 
-/* Tears down the guest settings of an external SSID: guest duration 0, port
+/** Tears down the guest settings of an external SSID: guest duration 0, port
  * isolation off, disabled, guest mark (0x20000) cleared; removes it from the
- * guest list when found at positions 1 to 15. Never saves. 0; -1 zero handle. */
+ * guest list when found at positions 1 to 15. Never saves. 0; -1 zero handle.
+ * @param handle attached store handle
+ * @param ext_idx external SSID index
+ * @par Touches
+ * the SSID's guest, isolation, enable and "X_QV_SSID_Bitmap" parameters and the guest list. */
 QVS_API int qvs_wlan_clean_guest_ssid_conf_by_ext_ssididx(uint32_t handle, int ext_idx);
 
-/* Number of guest SSIDs (0 to 8) on the radio of internal index
+/** Number of guest SSIDs (0 to 8) on the radio of internal index
  * internal_idx: slots 9 to 16 when it is above 8, slots 1 to 8 otherwise;
- * -1 zero handle. */
+ * -1 zero handle.
+ * @param handle attached store handle
+ * @param internal_idx internal SSID index choosing the radio
+ * @par Touches
+ * reads "X_QV_SSID_Bitmap" of the radio's eight SSIDs. */
 QVS_API int qvs_wlan_get_guest_ssid_count_per_radio(uint32_t handle, int internal_idx);
 
-/* Attaches to the store itself. Finds the WAN connection whose bound LAN
+/** Attaches to the store itself. Finds the WAN connection whose bound LAN
  * interfaces hold "InternetGatewayDevice.WiFi.SSID.<ssid_idx>" (PPP before IP
  * connections, first connection device first) and copies its interface name
  * into ifname (the caller provides 32 bytes).
  * 0 when found or when ifname is NULL; -1105 when none binds the SSID or the
- * WAN device is missing; -1001 when the store cannot be attached. */
+ * WAN device is missing; -1001 when the store cannot be attached.
+ * @param ssid_idx SSID instance number as it appears in the bound interface names
+ * @param ifname caller's buffer of 32 bytes for the interface name, or NULL
+ * @par Touches
+ * attaches to the store, reads the WAN connection objects, detaches on every path. */
 QVS_API int qvs_wlan_get_bind_ifname_by_ssididx(int ssid_idx, char *ifname);
 
 
 /* ==== WLAN: adding and deleting SSIDs ===================================== */
 
-/* Picks the first free internal slot of a radio (band non-zero: 9 to 16,
+/** Picks the first free internal slot of a radio (band non-zero: 9 to 16,
  * the 2.4 GHz radio; zero: 1 to 8, the 5 GHz radio), skipping slots in the
  * map or with bit 0x80000 of "X_QV_SSID_Bitmap", and maps external index
  * ext_idx to it (an existing entry is overwritten). Neither enables the SSID
- * nor saves. 0; -1 zero handle, no free slot or failed map write. */
+ * nor saves. 0; -1 zero handle, no free slot or failed map write.
+ * @param handle attached store handle
+ * @param ext_idx external SSID index to map
+ * @param band non-zero: the 2.4 GHz radio (slots 9 to 16); zero: the 5 GHz radio (1 to 8)
+ * @par Touches
+ * the SSID map and "X_QV_SSID_Bitmap" (read); writes the map. */
 QVS_API int qvs_wlan_add_ssid(uint32_t handle, int ext_idx, int band);
 
-/* Disables the SSID of an external index and frees the index in the map.
+/** Disables the SSID of an external index and frees the index in the map.
  * Never saves. 0 (also when refusing to delete internal slot 1 or 9, the
  * radios' first SSIDs); -1 zero handle, unknown or free external index, or
- * failed map write. */
+ * failed map write.
+ * @param handle attached store handle
+ * @param ext_idx external SSID index to delete
+ * @par Touches
+ * the SSID's "Enable" and the SSID map. */
 QVS_API int qvs_wlan_del_ssid(uint32_t handle, int ext_idx);
 
-/* The same with the ubus index taken as the internal index; the external
+/** The same with the ubus index taken as the internal index; the external
  * index freed is the one mapping to it (none: the map is only rewritten).
- * 0; -1 zero handle, index below 1 or failed map write. */
+ * 0; -1 zero handle, index below 1 or failed map write.
+ * @param handle attached store handle
+ * @param ubus_idx ubus index, taken as the internal index
+ * @par Touches
+ * the SSID's "Enable" and the SSID map. */
 QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
 
 
 /* ==== Time: timer rules in UTC ============================================ */
 
-/* Converts one daily timer rule from local time to UTC. Inputs: zone
+/** Converts one daily timer rule from local time to UTC. Inputs: zone
  * ("+HH:MM" / "-HH:MM", minutes optional; only its first 6 characters are
  * read), start and end ("HH:MM"; only the first 19 characters are read) and
  * a weekday list ("1,2,7": single digits 1-7 and commas).
@@ -223,7 +330,19 @@ QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
  * range going to next*. nextStart stays empty unless the rule was split.
  * A zone without sign copies the rule unchanged.
  * Returns 0, or -1 when the zone has a sign and nothing after it (or an
- * argument is NULL); outputs are then untouched. */
+ * argument is NULL); outputs are then untouched.
+ * @param zone zone text "+HH:MM" / "-HH:MM"
+ * @param start local start time "HH:MM"
+ * @param end local end time "HH:MM"
+ * @param weekdays weekday list, e.g. "1,2,7"
+ * @param utcStart out: UTC start (9 bytes, zero-filled)
+ * @param utcEnd out: UTC end (9 bytes, zero-filled)
+ * @param utcWeekdays out: UTC weekday list (strlen(weekdays) + 1 bytes, zero-filled)
+ * @param nextStart out: start of the split-off range (9 bytes, zero-filled)
+ * @param nextEnd out: end of the split-off range (9 bytes, zero-filled)
+ * @param nextWeekdays out: weekdays of the split-off range (strlen(weekdays) + 1 bytes, zero-filled)
+ * @par Touches
+ * nothing but the caller's buffers. */
 QVS_API int my_utctime(const char *zone, const char *start, const char *end, const char *weekdays,
                        char *utcStart, char *utcEnd, char *utcWeekdays,
                        char *nextStart, char *nextEnd, char *nextWeekdays);
@@ -231,43 +350,68 @@ QVS_API int my_utctime(const char *zone, const char *start, const char *end, con
 
 /* ==== Time: local time, summer time, time stamps ========================== */
 
-/* Writes the current local time as "YYYY-MM-DDTHH:MM:SS" into out (at
+/** Writes the current local time as "YYYY-MM-DDTHH:MM:SS" into out (at
  * least 20 bytes); on 29 February a blank stands in place of the "T".
  * zone: "-HH:MM" subtracts, "+HH:MM" adds, no sign means UTC. With
  * dstEnable non-zero, summer time (qvsTimeToDST) adds an hour. Times before
  * 1970 after the shift read as 1970-01-01T00:00:00.
  * Returns 0, or -1 when the zone has a sign and nothing after it ("+" alone
- * also prints "localtime ptr is NULL!" on standard output) or out is NULL. */
+ * also prints "localtime ptr is NULL!" on standard output) or out is NULL.
+ * @param dstEnable non-zero: apply summer time
+ * @param zone zone text "+HH:MM" / "-HH:MM", or no sign for UTC
+ * @param out caller's buffer of at least 20 bytes
+ * @par Touches
+ * the clock (read) and the caller's buffer. */
 QVS_API int my_localtime(int dstEnable, const char *zone, char *out);
 
-/* Returns seconds + 3600 when that moment (broken down in the process's own
- * zone) lies in summer time (qvsCheckDST), else seconds. */
+/** Returns seconds + 3600 when that moment (broken down in the process's own
+ * zone) lies in summer time (qvsCheckDST), else seconds.
+ * @param seconds time in seconds since 1970
+ * @par Touches
+ * nothing (uses the process's zone). */
 QVS_API time_t qvsTimeToDST(time_t seconds);
 
-/* 1 when the calendar time (year in full, month 1-12) lies between the last
+/** 1 when the calendar time (year in full, month 1-12) lies between the last
  * Sunday of March 01:00:00 and the last Sunday of October 01:00:00, both
  * included, in the process's own zone; else 0 (also for times the C library
- * cannot represent). */
+ * cannot represent).
+ * @param year year in full
+ * @param month month 1-12
+ * @param day day of the month
+ * @param hour hour
+ * @param minute minute
+ * @param second second
+ * @par Touches
+ * nothing (uses the process's zone). */
 QVS_API int qvsCheckDST(int year, int month, int day, int hour, int minute, int second);
 
-/* Converts a local calendar time in the given zone to UTC and writes it as
+/** Converts a local calendar time in the given zone to UTC and writes it as
  * "YYYY-MM-DD HH:MM:SS" (always with a blank) into out (at least 20 bytes).
  * The calendar time is read with mktime in the process's own zone; a "-"
  * zone adds the offset, a "+" zone subtracts it; no summer time.
  * Returns 0, or -1 when the zone has a sign and nothing after it or out is
- * NULL. */
+ * NULL.
+ * @param time local calendar time (broken down)
+ * @param zone zone text "+HH:MM" / "-HH:MM"
+ * @param out caller's buffer of at least 20 bytes
+ * @par Touches
+ * nothing but the caller's buffer; the system clock is not set. */
 QVS_API int my_settime(struct tm time, const char *zone, char *out);
 
-/* Writes the current local time stamp for alarm records into out (26
+/** Writes the current local time stamp for alarm records into out (26
  * bytes) and returns out. The store's time object (read through handle)
  * gives the zone and the summer-time flag; without it (or with a zero
  * handle, or an unusable zone) the process's own local time is used,
- * "YYYY-MM-DDTHH:MM:SS". Never fails; returns NULL only for a NULL out. */
+ * "YYYY-MM-DDTHH:MM:SS". Never fails; returns NULL only for a NULL out.
+ * @param handle attached store handle, or 0
+ * @param out caller's buffer of 26 bytes
+ * @par Touches
+ * reads the store's time object (zone, summer-time flag) and the clock. */
 QVS_API char *get_currentTime(uint32_t handle, char *out);
 
 /* ==== PON zero-configuration state ======================================== */
 
-/* How far the zero-configuration of a newly connected EPON gateway has come,
+/** How far the zero-configuration of a newly connected EPON gateway has come,
  * as one code (attaches to the store itself, detaches on every path):
  *   0  undetermined (store, OLT object or registration record missing, or a
  *      registration status not listed below)
@@ -286,52 +430,78 @@ QVS_API char *get_currentTime(uint32_t handle, char *out);
  *  15  service result 1   16  service result 2   17  service result 99
  * Phase clocks are the files /tmp/oltretime, /tmp/getwantime,
  * /tmp/registerrms and /tmp/servicetime (seconds since 1970), created on the
- * first call that finds the gateway in that phase and never deleted. */
+ * first call that finds the gateway in that phase and never deleted.
+ * @return the state code above.
+ * @par Touches
+ * attaches to the store (OLT, WAN and registration objects), reads and creates the phase clock files. */
 QVS_API int getzeroconfigeponstate(void);
 
-/* The same for a GPON uplink (GPON OLT registration object and texts). */
+/** The same for a GPON uplink (GPON OLT registration object and texts).
+ * @return the state code, as for the EPON uplink.
+ * @par Touches
+ * as getzeroconfigeponstate(). */
 QVS_API int getzeroconfiggponstate(void);
 
 /* ==== Alarms ============================================================== */
 
-/* One row of the operator's alarm definition table. */
+/** One row of the operator's alarm definition table.
+ * Layout: 12 bytes on 32-bit ARM (armhf), 16 bytes on 64-bit hosts; the
+ * members at the offsets given, 2 padding bytes after perceivedSeverity. */
 typedef struct {
-    uint32_t alarmCode;
-    uint8_t alarmStatus;
-    uint8_t perceivedSeverity;
-    const char *alarmDetail;
+    uint32_t alarmCode;        /**< alarm code, e.g. 104001 (offset 0) */
+    uint8_t alarmStatus;       /**< status logged with the alarm (offset 4) */
+    uint8_t perceivedSeverity; /**< severity, compared with the configured alarm level (offset 5) */
+    const char *alarmDetail;   /**< detail text (offset 8) */
 } CU_ALARM_INFO;
 
+/** Number of rows of cu_alarmInfo. */
 #define CU_ALARM_INFO_COUNT 21
 
-/* The known alarm codes with their status, severity and detail text,
- * searched first row first (read-only). */
+/** The known alarm codes with their status, severity and detail text,
+ * searched first row first (read-only).
+ * CU_ALARM_INFO_COUNT rows: 252 bytes on armhf, 336 bytes on 64-bit hosts. */
 extern QVS_API const CU_ALARM_INFO cu_alarmInfo[CU_ALARM_INFO_COUNT];
 
-/* Raises an alarm: logs a new entry under
- * InternetGatewayDevice.X_CU_Function.Log.AlarmInfo.<n> (n = first free index
+/** Raises an alarm: logs a new entry under
+ * InternetGatewayDevice.X_CU_Function.Log.AlarmInfo.`<n>` (n = first free index
  * 1..255) or refreshes the entry that already holds this code. Codes outside
  * the table are logged with severity 0, status 0 and an empty detail.
  * Returns 0 when logged or refreshed (also when no index was free); -1 when
  * the store cannot be attached, the alarm object is missing, alarms are
  * disabled (enable flag or level 0) or the code's severity is above the
- * configured alarm level. Attaches and detaches itself. */
+ * configured alarm level. Attaches and detaches itself.
+ * @param alarmCode the alarm code
+ * @par Touches
+ * the alarm object and its AlarmInfo entries (attaches and detaches itself). */
 QVS_API int CU_add_AlarmID(uint32_t alarmCode);
 
-/* Clears an alarm: the first entry (index 1..255) holding this code gets
+/** Clears an alarm: the first entry (index 1..255) holding this code gets
  * status 3 and the current local time as its cleared time. Returns 0 (also
- * when no entry holds the code); -1 when the store cannot be attached. */
+ * when no entry holds the code); -1 when the store cannot be attached.
+ * @param alarmCode the alarm code
+ * @par Touches
+ * the AlarmInfo entries (attaches and detaches itself). */
 QVS_API int CU_clear_AlarmID(uint32_t alarmCode);
 
-/* On an attached store: when an entry with index 1..254 holds alarmCode, sets
+/** On an attached store: when an entry with index 1..254 holds alarmCode, sets
  * its status to alarmStatus, its raised time to now and its cleared time to
  * "0000-00-00T00:00:00" and returns -1. Otherwise returns the first index
- * 1..255 without an entry, or -1 when all are taken. -1 for a zero handle. */
+ * 1..255 without an entry, or -1 when all are taken. -1 for a zero handle.
+ * @param handle attached store handle
+ * @param alarmCode the alarm code looked for
+ * @param alarmStatus status written to an entry that holds the code
+ * @par Touches
+ * reads the AlarmInfo entries; refreshes the one holding the code. */
 QVS_API int add_AlarmInfo_Index(uint32_t handle, uint32_t alarmCode, uint8_t alarmStatus);
 
-/* On an attached store: writes NumberOfAlarmInfo = value on the alarm
+/** On an attached store: writes NumberOfAlarmInfo = value on the alarm
  * configuration object whose record alarmObject is (as the store returned
- * it). Always returns 0. */
+ * it). Always returns 0.
+ * @param handle attached store handle
+ * @param alarmObject the alarm configuration object as the store returned it
+ * @param value the new NumberOfAlarmInfo
+ * @par Touches
+ * one parameter of the alarm object. */
 QVS_API int update_numberofAlarmInfo(uint32_t handle, const void *alarmObject, uint32_t value);
 
 /* ==== Steering: VPN route lists =========================================== */
@@ -349,55 +519,115 @@ QVS_API int update_numberofAlarmInfo(uint32_t handle, const void *alarmObject, u
  * the line of 10.0.0.12. IP and MAC text (and IP/MAC lists of
  * qvvpn_set_route_all) holding shell characters is refused with -1. */
 
-/* Adds an IP address or network. 0 added (and put into vpn_ip<n>); the
+/** Adds an IP address or network. 0 added (and put into vpn_ip<n>); the
  * 1-based number of an existing line containing the text (nothing added);
- * -1 on directory or file failure or refused text. */
+ * -1 on directory or file failure or refused text.
+ * @param n tunnel index
+ * @param ip IP address or network text
+ * @par Touches
+ * "/userconfig/config/qvvpn/VPN_IP_<n>", an "ipset add" command line. */
 QVS_API int qvvpn_add_route_ip(int n, const char *ip);
-/* Deletes the first line containing the text, and the member from the set.
- * 0 (also when not found); -1 on directory failure or refused text. */
+/** Deletes the first line containing the text, and the member from the set.
+ * 0 (also when not found); -1 on directory failure or refused text.
+ * @param n tunnel index
+ * @param ip IP address or network text
+ * @par Touches
+ * the VPN_IP_<n> list file ("sed -i"), an "ipset del" command line. */
 QVS_API int qvvpn_del_route_ip(int n, const char *ip);
-/* Empties the IP list and the set. 0; -1 when the file cannot be truncated
- * or the directory cannot be created. */
+/** Empties the IP list and the set. 0; -1 when the file cannot be truncated
+ * or the directory cannot be created.
+ * @param n tunnel index
+ * @par Touches
+ * the VPN_IP_<n> list file, an "ipset flush" command line. */
 QVS_API int qvvpn_flush_route_ip(int n);
-/* Adds a domain (when no line contains it yet) and always rewrites the
+/** Adds a domain (when no line contains it yet) and always rewrites the
  * dnsmasq ipset file and signals dnsmasq. 0 when new, else the line number
- * found; -1 on directory or file failure. */
+ * found; -1 on directory or file failure.
+ * @param n tunnel index
+ * @param domain domain name
+ * @par Touches
+ * the VPN_DOMAIN_<n> list file, "/etc/dnsmasq/ipset/vpn_domain<n>", "ps" and a SIGUSR1 to dnsmasq. */
 QVS_API int qvvpn_add_route_domain(int n, const char *domain);
-/* Deletes the first line containing the domain; in every case empties the
- * domain set and rewrites the dnsmasq file. 0; -1 on directory failure. */
+/** Deletes the first line containing the domain; in every case empties the
+ * domain set and rewrites the dnsmasq file. 0; -1 on directory failure.
+ * @param n tunnel index
+ * @param domain domain name
+ * @par Touches
+ * the VPN_DOMAIN_<n> list file, the vpn_domain<n> set, the dnsmasq ipset file and dnsmasq. */
 QVS_API int qvvpn_del_route_domain(int n, const char *domain);
-/* Empties the domain list, the set and the dnsmasq file. 0 or -1. */
+/** Empties the domain list, the set and the dnsmasq file. 0 or -1.
+ * @param n tunnel index
+ * @par Touches
+ * the VPN_DOMAIN_<n> list file, the set and the dnsmasq ipset file. */
 QVS_API int qvvpn_flush_route_domain(int n);
-/* Adds a MAC (aa:bb:cc:dd:ee:ff or twelve hex digits); mac is lower-cased
- * in place. Results as qvvpn_add_route_ip. */
+/** Adds a MAC (aa:bb:cc:dd:ee:ff or twelve hex digits); mac is lower-cased
+ * in place. Results as qvvpn_add_route_ip.
+ * @param n tunnel index
+ * @param mac MAC text (writable: lower-cased in place)
+ * @par Touches
+ * the VPN_MAC_<n> list file, an "ipset add" command line. */
 QVS_API int qvvpn_add_route_mac(int n, char *mac);
-/* Deletes a MAC (lower-cased in place). Results as qvvpn_del_route_ip. */
+/** Deletes a MAC (lower-cased in place). Results as qvvpn_del_route_ip.
+ * @param n tunnel index
+ * @param mac MAC text (writable: lower-cased in place)
+ * @par Touches
+ * the VPN_MAC_<n> list file, an "ipset del" command line. */
 QVS_API int qvvpn_del_route_mac(int n, char *mac);
-/* Empties the MAC list and the set. 0 or -1. */
+/** Empties the MAC list and the set. 0 or -1.
+ * @param n tunnel index
+ * @par Touches
+ * the VPN_MAC_<n> list file, an "ipset flush" command line. */
 QVS_API int qvvpn_flush_route_mac(int n);
-/* Refills vpn_ip<n> and vpn_mac<n> from the files and regenerates the
+/** Refills vpn_ip<n> and vpn_mac<n> from the files and regenerates the
  * dnsmasq file (the domain set keeps its members). 0; -1 on directory
- * failure. */
+ * failure.
+ * @param n tunnel index
+ * @par Touches
+ * reads the list files; "/var/vpn_ipset_save" and "ipset" command lines; the dnsmasq ipset file. */
 QVS_API int qvvpn_reload_route(int n);
-/* The part of qvvpn_reload_route for one list type (others: nothing). 0;
- * -1 on directory failure. */
+/** The part of qvvpn_reload_route for one list type (others: nothing). 0;
+ * -1 on directory failure.
+ * @param n tunnel index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @par Touches
+ * as qvvpn_reload_route() for that list. */
 QVS_API int qvvpn_reload_route_mode(int n, unsigned int type);
-/* Replaces a whole list with the items of list joined by '%' (split in
+/** Replaces a whole list with the items of list joined by '%' (split in
  * place; empty items vanish), then reloads that list. 0; -1 on bad type,
- * directory or file failure, or refused text. */
+ * directory or file failure, or refused text.
+ * @param n tunnel index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @param list items joined by '%' (writable: split in place)
+ * @par Touches
+ * the list file (rewritten) and its set or dnsmasq file. */
 QVS_API int qvvpn_set_route_all(int n, unsigned int type, char *list);
-/* Writes the list's items joined by '%' into out (size bytes; each line cut
+/** Writes the list's items joined by '%' into out (size bytes; each line cut
  * at its first blank; an item that does not fit is skipped). Number of
- * items written; -1 on bad type or unreadable file. */
+ * items written; -1 on bad type or unreadable file.
+ * @param n tunnel index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @param out caller's buffer
+ * @param size bytes of out
+ * @par Touches
+ * reads the list file. */
 QVS_API int qvvpn_get_route_all(int n, unsigned int type, char *out, int size);
-/* Per list entry the packets counted for the set members it contains, as
+/** Per list entry the packets counted for the set members it contains, as
  * "<entry>@<count>" joined by '%' into out (size bytes; stops at the first
  * piece that does not fit). At most 2048 entries. 0; -1 on bad type,
- * directory failure, unreadable list file or no memory. */
+ * directory failure, unreadable list file or no memory.
+ * @param n tunnel index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @param out caller's buffer
+ * @param size bytes of out
+ * @par Touches
+ * reads the list file; "ipset list" command lines through a pipe. */
 QVS_API int qvvpn_get_statistics(int n, unsigned int type, char *out, int size);
-/* Packet sum read from a file named "iptables -t mangle -nvL QV_VPN<n>
+/** Packet sum read from a file named "iptables -t mangle -nvL QV_VPN<n>
  * 2>/dev/null" (two blanks before "2>"), which normally does not exist:
- * then 0. */
+ * then 0.
+ * @param n tunnel index
+ * @par Touches
+ * reads the file named above; runs nothing. */
 QVS_API unsigned int qvvpn_get_pkgCount(int n);
 
 /* ==== Steering: application route lists =================================== */
@@ -414,58 +644,118 @@ QVS_API unsigned int qvvpn_get_pkgCount(int n);
  * is written or run. The directory is created (0755) when it is missing.
  */
 
-/* Adds one entry to the file and the module. 0 added; the 1-based number of
+/** @name approute_add_route_ip, approute_add_route_domain, approute_add_route_mac
+ * @{ */
+/** Adds one entry to the file and the module. 0 added; the 1-based number of
  * a line that already holds it (IP, domain: contains it; MAC: begins with it,
- * case ignored), nothing changed; -1 directory or file failure. */
+ * case ignored), nothing changed; -1 directory or file failure.
+ * @par Arguments
+ * n, the rule index; the entry text (writable: changed in place as described for the section).
+ * @par Touches
+ * the list file under "/userconfig/config/approute" and "/proc/approute/rule" (an "echo" command line). */
 QVS_API int approute_add_route_ip(int n, char *ip);
 QVS_API int approute_add_route_domain(int n, char *domain);
 QVS_API int approute_add_route_mac(int n, char *mac);
+/** @} */
 
-/* Deletes the first line holding the entry and sends it to the module as
- * deleted. 0 (also when absent); -1 when the directory cannot be created. */
+/** @name approute_del_route_ip, approute_del_route_domain, approute_del_route_mac
+ * @{ */
+/** Deletes the first line holding the entry and sends it to the module as
+ * deleted. 0 (also when absent); -1 when the directory cannot be created.
+ * @par Arguments
+ * n, the rule index; the entry text (writable).
+ * @par Touches
+ * the list file ("sed -i") and "/proc/approute/rule". */
 QVS_API int approute_del_route_ip(int n, char *ip);
 QVS_API int approute_del_route_domain(int n, char *domain);
 QVS_API int approute_del_route_mac(int n, char *mac);
+/** @} */
 
-/* Empties the list file and the module's list. 0; -1 directory or file failure. */
+/** @name approute_flush_route_ip, approute_flush_route_domain, approute_flush_route_mac
+ * @{ */
+/** Empties the list file and the module's list. 0; -1 directory or file failure.
+ * @par Argument
+ * n, the rule index.
+ * @par Touches
+ * the list file and "/proc/approute/rule". */
 QVS_API int approute_flush_route_ip(int n);
 QVS_API int approute_flush_route_domain(int n);
 QVS_API int approute_flush_route_mac(int n);
+/** @} */
 
-/* Sends the whole comma-joined list to the module, then appends each item
+/** @name approute_add_route_iplist, approute_add_route_domainlist, approute_add_route_maclist
+ * @{ */
+/** Sends the whole comma-joined list to the module, then appends each item
  * that no line holds yet (domains: an item found in a line replaces that
- * line, moving it to the end). 0; -1 directory or file failure. */
+ * line, moving it to the end). 0; -1 directory or file failure.
+ * @par Arguments
+ * n, the rule index; list, the items joined by ',' (writable: split in place).
+ * @par Touches
+ * the list file and "/proc/approute/rule". */
 QVS_API int approute_add_route_iplist(int n, char *list);
 QVS_API int approute_add_route_domainlist(int n, char *list);
 QVS_API int approute_add_route_maclist(int n, char *list);
+/** @} */
 
-/* Sends the list to the module as deleted, then deletes each item's line.
- * 0; -1 when the directory cannot be created. */
+/** @name approute_del_route_iplist, approute_del_route_domainlist, approute_del_route_maclist
+ * @{ */
+/** Sends the list to the module as deleted, then deletes each item's line.
+ * 0; -1 when the directory cannot be created.
+ * @par Arguments
+ * n, the rule index; list, the items joined by ',' (writable: split in place).
+ * @par Touches
+ * the list file and "/proc/approute/rule". */
 QVS_API int approute_del_route_iplist(int n, char *list);
 QVS_API int approute_del_route_domainlist(int n, char *list);
 QVS_API int approute_del_route_maclist(int n, char *list);
+/** @} */
 
-/* The list functions of type 0, 1 or 2; always 0 (also for another type). */
+/** @name approute_add_route_list, approute_del_route_list
+ * @{ */
+/** The list functions of type 0, 1 or 2; always 0 (also for another type).
+ * @par Arguments
+ * n, the rule index; type, the list type; list, the items joined by ',' (writable).
+ * @par Touches
+ * as the function chosen. */
 QVS_API int approute_add_route_list(int n, unsigned int type, char *list);
 QVS_API int approute_del_route_list(int n, unsigned int type, char *list);
+/** @} */
 
-/* Replaces a whole list in the module (clear, then the list) and in the
+/** Replaces a whole list in the module (clear, then the list) and in the
  * file. No line end allowed in the list. 0; -1 bad type, directory or file
- * failure. */
+ * failure.
+ * @param n rule index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @param list items joined by ',' (writable: split in place)
+ * @par Touches
+ * the list file (rewritten) and "/proc/approute/rule". */
 QVS_API int approute_set_route_all(int n, unsigned int type, char *list);
 
-/* Refills the module's three lists of rule n from the files (after a
- * restart). 0; -1 when the directory cannot be created. */
+/** Refills the module's three lists of rule n from the files (after a
+ * restart). 0; -1 when the directory cannot be created.
+ * @param n rule index
+ * @par Touches
+ * reads the three list files; writes "/proc/approute/rule". */
 QVS_API int approute_reload_route(int n);
 
-/* Writes the list's entries (each cut at its first blank) joined by ','
+/** Writes the list's entries (each cut at its first blank) joined by ','
  * into out (size bytes, emptied first; entries that do not fit are
  * skipped). Number of entries written; -1 bad type, null out, size < 1 or
- * unreadable file; 0 with out untouched when the directory was missing. */
+ * unreadable file; 0 with out untouched when the directory was missing.
+ * @param n rule index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @param out caller's buffer
+ * @param size bytes of out
+ * @par Touches
+ * reads the list file. */
 QVS_API int approute_get_route_all(int n, unsigned int type, char *out, int size);
 
-/* Number of lines of the list file; 0 when the directory or the file is
- * missing (nothing is created) or the type is not 0, 1 or 2. */
+/** Number of lines of the list file; 0 when the directory or the file is
+ * missing (nothing is created) or the type is not 0, 1 or 2.
+ * @param n rule index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @par Touches
+ * reads the list file. */
 QVS_API int approute_get_route_count(int n, int type);
 
 /* ==== Steering: application filter lists ================================== */
@@ -482,65 +772,115 @@ QVS_API int approute_get_route_count(int n, int type);
  * delete and flush functions when it is missing.
  */
 
-/* Sends the stored list of rule n and type to the module (clear, then one
- * add per item). 0; -1 when the list file cannot be opened or no memory. */
+/** Sends the stored list of rule n and type to the module (clear, then one
+ * add per item). 0; -1 when the list file cannot be opened or no memory.
+ * @param n rule index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @par Touches
+ * reads the list file under "/userconfig/config/appfilter"; writes "/proc/appfilter/rule". */
 QVS_API int update_data_list_to_appfilter_module(int n, unsigned int type);
 
-/* Adds the items that the stored line does not contain yet (a substring
- * test), then updates the module. 0; -1 directory or file failure. */
+/** @name appfilter_add_route_iplist, appfilter_add_route_domainlist, appfilter_add_route_maclist
+ * @{ */
+/** Adds the items that the stored line does not contain yet (a substring
+ * test), then updates the module. 0; -1 directory or file failure.
+ * @par Arguments
+ * n, the rule index; list, the items joined by ',' (writable: split in place).
+ * @par Touches
+ * the list file under "/userconfig/config/appfilter" and "/proc/appfilter/rule". */
 QVS_API int appfilter_add_route_iplist(int n, char *list);
 QVS_API int appfilter_add_route_domainlist(int n, char *list);
 QVS_API int appfilter_add_route_maclist(int n, char *list);
+/** @} */
 
-/* Removes each item's first occurrence (a substring) with its separating
+/** @name appfilter_del_route_iplist, appfilter_del_route_domainlist, appfilter_del_route_maclist
+ * @{ */
+/** Removes each item's first occurrence (a substring) with its separating
  * comma, then updates the module. 0 (also when there is no file, then
- * nothing is sent); -1 directory or file failure. */
+ * nothing is sent); -1 directory or file failure.
+ * @par Arguments
+ * n, the rule index; list, the items joined by ',' (writable: split in place).
+ * @par Touches
+ * the list file and "/proc/appfilter/rule". */
 QVS_API int appfilter_del_route_iplist(int n, char *list);
 QVS_API int appfilter_del_route_domainlist(int n, char *list);
 QVS_API int appfilter_del_route_maclist(int n, char *list);
+/** @} */
 
-/* Empties the list file and the module's list. 0; -1 directory or file failure. */
+/** @name appfilter_flush_route_ip, appfilter_flush_route_domain, appfilter_flush_route_mac
+ * @{ */
+/** Empties the list file and the module's list. 0; -1 directory or file failure.
+ * @par Argument
+ * n, the rule index.
+ * @par Touches
+ * the list file and "/proc/appfilter/rule". */
 QVS_API int appfilter_flush_route_ip(int n);
 QVS_API int appfilter_flush_route_domain(int n);
 QVS_API int appfilter_flush_route_mac(int n);
+/** @} */
 
-/* The function of type 0, 1 or 2 and its result; 0 for another type. */
+/** @name appfilter_add_route_list, appfilter_del_route_list, appfilter_flush_route_list
+ * @{ */
+/** The function of type 0, 1 or 2 and its result; 0 for another type.
+ * @par Arguments
+ * n, the rule index; type, the list type; list (where taken), the items joined by ',' (writable).
+ * @par Touches
+ * as the function chosen. */
 QVS_API int appfilter_add_route_list(int n, unsigned int type, char *list);
 QVS_API int appfilter_del_route_list(int n, unsigned int type, char *list);
 QVS_API int appfilter_flush_route_list(int n, unsigned int type);
+/** @} */
 
-/* Copies the stored line (at most size - 1 characters, terminated) into
+/** Copies the stored line (at most size - 1 characters, terminated) into
  * out. 0 (out untouched when the file is missing or empty, or the type is
  * not 0, 1 or 2: clear out first); -1 when the directory is not writable
- * (it is not created), out is null or size < 1. */
+ * (it is not created), out is null or size < 1.
+ * @param n rule index
+ * @param type list type: 0 IP, 1 domain, 2 MAC
+ * @param out caller's buffer (clear it first)
+ * @param size bytes of out
+ * @par Touches
+ * reads the list file. */
 QVS_API int appfilter_get_route_list(int n, int type, char *out, int size);
 
 /* ==== VPN account retrieval =============================================== */
 
-/* cJSON's object type (from cJSON.h, whose functions this library exports). */
+/** cJSON's object type (from cJSON.h, whose functions this library exports). */
 struct cJSON;
 
-/* Writes the hardware address of "br0" as 12 upper-case hex digits and a NUL
+/** Writes the hardware address of "br0" as 12 upper-case hex digits and a NUL
  * to `mac` (at least 13 bytes). Prints "cd get_macAddr() " first. When the
  * address cannot be read, `mac` is left as it was. Returns 0 when written,
- * -1 otherwise (informational only; callers need not check it). */
+ * -1 otherwise (informational only; callers need not check it).
+ * @param mac caller's buffer of at least 13 bytes
+ * @par Touches
+ * a socket ioctl (SIOCGIFHWADDR) on "br0"; standard output. */
 QVS_API int get_macAddr(char *mac);
 
-/* Writes the 16 digest bytes as 32 upper-case hex digits and a NUL to `out`
- * (at least 33 bytes). */
+/** Writes the 16 digest bytes as 32 upper-case hex digits and a NUL to `out`
+ * (at least 33 bytes).
+ * @param digest the 16 digest bytes
+ * @param out caller's buffer of at least 33 bytes
+ * @par Touches
+ * nothing but out. */
 QVS_API void md5ToAscii(const unsigned char *digest, char *out);
 
-/* Adds the six members of the signed account request to `req`, in order:
+/** Adds the six members of the signed account request to `req`, in order:
  * "RPCMethod" "Post", "Plugin_Name" "", "MD5", "time", "mac", "Message"
  * (Base64 of the formatted inner object {"CmdType", "tunnelName", "userId"}).
  * Progress is printed to standard output.
  * Returns 0 on success; -1 when an argument is NULL, when the inner object
  * cannot be created or printed, or when its formatted text is longer than
  * 765 bytes (its Base64 would not fit the 1024-byte message buffer: such a
- * request is refused, never cut; `req` is then left unchanged). */
+ * request is refused, never cut; `req` is then left unchanged).
+ * @param tunnelName tunnel name for the inner object
+ * @param userId user identifier for the inner object
+ * @param req cJSON object that receives the members
+ * @par Touches
+ * the hardware address of "br0", the clock, standard output. */
 QVS_API int constructReqData(const char *tunnelName, const char *userId, struct cJSON *req);
 
-/* Sends the signed account request for `tunnelName`/`userId` over one TCP
+/** Sends the signed account request for `tunnelName`/`userId` over one TCP
  * connection to `proxy` ("host:port"; host a dotted quad or a host name; the
  * port text is everything after the first ':', read up to its first
  * non-digit; only the first 63 characters of `proxy` are used), frame =
@@ -553,18 +893,32 @@ QVS_API int constructReqData(const char *tunnelName, const char *userId, struct 
  * the request object cannot be created; 0 on any later failure (request not
  * built, bad designation, name lookup, socket, connect, write, time-out,
  * read error, or the peer closing without a reply); `reply` is then
- * untouched. */
+ * untouched.
+ * @param tunnelName tunnel name
+ * @param userId user identifier
+ * @param proxy server as "host:port"
+ * @param reply caller's buffer of at least 2045 bytes
+ * @par Touches
+ * one TCP connection (name lookup, connect, write, read), standard output. */
 QVS_API int createSocketToGetAccount(const char *tunnelName, const char *userId, const char *proxy,
                                      char *reply);
 
-/* Parses a reply text {"return_Parameter": {"CmdType": "GET_VPN_ACCOUNT",
+/** Parses a reply text {"return_Parameter": {"CmdType": "GET_VPN_ACCOUNT",
  * "Status": "0", "data": {"vpn_addr", "vpn_port", "vpn_user", "vpn_pwd",
  * "account_timeout"}}} (all strings, the five non-empty) and copies the five
  * values, unbounded, into the caller's buffers, which must each hold the
  * corresponding value and its NUL (a reply from createSocketToGetAccount
  * holds at most 2044 characters). Prints its progress to standard output.
  * Returns 0 on success; -1 on any failure (an argument NULL, not JSON, a
- * member missing, of the wrong type or value), with no buffer written. */
+ * member missing, of the wrong type or value), with no buffer written.
+ * @param buf the reply text
+ * @param vpn_addr out: server address
+ * @param vpn_port out: server port
+ * @param vpn_user out: account name
+ * @param vpn_pwd out: password
+ * @param account_timeout out: account time-out
+ * @par Touches
+ * standard output and the caller's buffers. */
 QVS_API int parseRepData(const char *buf, char *vpn_addr, char *vpn_port, char *vpn_user, char *vpn_pwd,
                          char *account_timeout);
 
@@ -572,113 +926,242 @@ QVS_API int parseRepData(const char *buf, char *vpn_addr, char *vpn_port, char *
 
 /* Lenient codec, 32-bit sizes, no failures reported, no bounds checked. */
 
-/* The alphabet b64_encode writes from: 64 characters and a NUL. Writable:
+/** The alphabet b64_encode writes from: 64 characters and a NUL. Writable:
  * changing it changes the encoding of the whole process. */
 extern QVS_API char b64_chr[65];
 
-/* 6-bit value of one character: A-Z 0-25, a-z 26-51, 0-9 52-61, '+' 62,
- * '/' 63, '=' 64, anything else 0. */
+/** 6-bit value of one character: A-Z 0-25, a-z 26-51, 0-9 52-61, '+' 62,
+ * '/' 63, '=' 64, anything else 0.
+ * @param ch character code
+ * @par Touches
+ * nothing. */
 QVS_API unsigned int b64_int(unsigned int ch);
 
-/* Encoded size of `in_size` bytes: 4 * ceil(in_size / 3) modulo 2^32, NUL not
- * counted. */
+/** Encoded size of `in_size` bytes: 4 * ceil(in_size / 3) modulo 2^32, NUL not
+ * counted.
+ * @param in_size number of bytes
+ * @par Touches
+ * nothing. */
 QVS_API unsigned int b64e_size(unsigned int in_size);
 
-/* Decoded size bound of `in_size` characters: (3 * in_size mod 2^32) >> 2. */
+/** Decoded size bound of `in_size` characters: (3 * in_size mod 2^32) >> 2.
+ * @param in_size number of characters
+ * @par Touches
+ * nothing. */
 QVS_API unsigned int b64d_size(unsigned int in_size);
 
-/* Encodes `len` bytes with '=' padding into `out`, which must hold
+/** Encodes `len` bytes with '=' padding into `out`, which must hold
  * b64e_size(len) + 1 bytes; NUL-terminates. Returns the characters written
- * (without the NUL). */
+ * (without the NUL).
+ * @param in bytes to encode
+ * @param len number of bytes
+ * @param out caller's buffer of b64e_size(len) + 1 bytes
+ * @par Touches
+ * nothing but out (reads b64_chr). */
 QVS_API unsigned int b64_encode(const unsigned char *in, unsigned int len, unsigned char *out);
 
-/* Decodes the whole quartets of `len` characters into `out` (at least
+/** Decodes the whole quartets of `len` characters into `out` (at least
  * b64d_size(len) bytes); a trailing group of 1 to 3 characters is dropped,
  * characters outside the alphabet count as 0, a '=' third character ends the
  * quartet after one byte, a '=' fourth after two. Writes no NUL. Returns the
- * bytes written. */
+ * bytes written.
+ * @param in characters to decode
+ * @param len number of characters
+ * @param out caller's buffer of at least b64d_size(len) bytes
+ * @par Touches
+ * nothing but out. */
 QVS_API unsigned int b64_decode(const unsigned char *in, unsigned int len, unsigned char *out);
 
 /* Strict, bounded codec, lengths of the size type. */
 
 #include <stdbool.h> /* bool, in C as in C++ */
 
-/* Encodes `inlen` bytes into at most `outlen` characters (cut exactly there,
- * even inside a quartet); a NUL follows only when room is left. */
+/** Encodes `inlen` bytes into at most `outlen` characters (cut exactly there,
+ * even inside a quartet); a NUL follows only when room is left.
+ * @param in bytes to encode
+ * @param inlen number of bytes
+ * @param out caller's buffer
+ * @param outlen bytes of out
+ * @par Touches
+ * nothing but out. */
 QVS_API void base64_encode(const char *in, size_t inlen, char *out, size_t outlen);
 
-/* Encodes into a new malloc'ed, NUL-terminated block stored in *out (free()
+/** Encodes into a new malloc'ed, NUL-terminated block stored in *out (free()
  * it). Returns the encoded length; 0 with *out NULL when the size overflows
- * size_t; (size_t)-1 with *out NULL when memory is short. */
+ * size_t; (size_t)-1 with *out NULL when memory is short.
+ * @param in bytes to encode
+ * @param inlen number of bytes
+ * @param out receives the new block (free() it)
+ * @par Touches
+ * the heap. */
 QVS_API size_t base64_encode_alloc(const char *in, size_t inlen, char **out);
 
-/* True when `ch` is one of the 64 alphabet characters ('=' and '\n' are not). */
+/** True when `ch` is one of the 64 alphabet characters ('=' and '\n' are not).
+ * @param ch character
+ * @par Touches
+ * nothing. */
 QVS_API bool isbase64(char ch);
 
-/* Streaming decoder state, owned by the caller: `i` characters (0 to 4) of a
- * quartet gathered across calls in `buf`. */
+/** Streaming decoder state, owned by the caller: `i` characters (0 to 4) of a
+ * quartet gathered across calls in `buf`.
+ * Layout: 8 bytes on every target, `i` at offset 0, `buf` at offset 4. */
 struct base64_decode_context {
-    unsigned int i;
-    char buf[4];
+    unsigned int i; /**< characters of the quartet gathered so far, 0 to 4 (offset 0) */
+    char buf[4];    /**< the gathered characters (offset 4) */
 };
 
-/* Starts a decoding context (i = 0). */
+/** Starts a decoding context (i = 0).
+ * @param ctx caller's context
+ * @par Touches
+ * nothing but ctx. */
 QVS_API void base64_decode_ctx_init(struct base64_decode_context *ctx);
 
-/* Decodes `inlen` characters into `out`, whose capacity is *outlen; bytes
+/** Decodes `inlen` characters into `out`, whose capacity is *outlen; bytes
  * beyond it are dropped. *outlen becomes the bytes written (including those
  * written before a fault). Without a context the input must be whole
  * quartets, '=' only in the last one. With a context, line feeds are skipped,
  * an incomplete quartet waits in the context for the next call, '=' may end
  * any quartet, and a call with `inlen` 0 flushes (fails when 1 to 3
- * characters are held). Returns true when all input was consumed. */
+ * characters are held). Returns true when all input was consumed.
+ * @param ctx caller's context, or NULL
+ * @param in characters to decode
+ * @param inlen number of characters (0 with a context: flush)
+ * @param out caller's buffer
+ * @param outlen in: capacity of out; out: bytes written
+ * @par Touches
+ * nothing but ctx and out. */
 QVS_API bool base64_decode_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen, char *out,
                                size_t *outlen);
 
-/* As base64_decode_ctx into a new malloc'ed block of 3 * (inlen / 4) + 2
+/** As base64_decode_ctx into a new malloc'ed block of 3 * (inlen / 4) + 2
  * bytes stored in *out (free() it); *outlen (if not NULL) gets the bytes
  * decoded. Returns false (and *out NULL) on bad input; true with *out NULL
- * when memory is short. */
+ * when memory is short.
+ * @param ctx caller's context, or NULL
+ * @param in characters to decode
+ * @param inlen number of characters
+ * @param out receives the new block (free() it)
+ * @param outlen receives the bytes decoded, or NULL
+ * @par Touches
+ * the heap. */
 QVS_API bool base64_decode_alloc_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen,
                                      char **out, size_t *outlen);
 
+/* ==== IPsec: client certificate and SA status ============================= */
+
+/** Stores the subject of the client certificate: writes "C=<country>,
+ * O=<organisation>, CN=Client" (no line end) to "/tmp/ca.info", replacing
+ * what it held.
+ * @param countryca       country, e.g. "CN"; must not be NULL or empty
+ * @param organizationca  organisation; must not be NULL or empty
+ * @return 0 when the file was written; -1 for a NULL or empty argument
+ *         ("countryca is null" / "organizationca is null" on stderr, the old
+ *         file left as it is), for text holding a shell special character or
+ *         a line end (level-1 log line), or when the file cannot be opened
+ *         ("open file /tmp/ca.info failed!") or written.
+ * The subject is used by ipsec_generate_client_ca(), which cuts it at 62
+ * characters. */
+QVS_API int ipsec_write_ca_info(const char *countryca, const char *organizationca);
+
+/** Makes the client key and has the operator's CA certify it. Needs the CA
+ * key and certificate at "/tmp/ca.key.pem" and "/tmp/ca.cert.pem" (placed by
+ * another process) and the subject in "/tmp/ca.info". Creates
+ * "/userconfig/config/ipsec" (mode 0755) when missing, then runs through the
+ * platform's command runner, in this order:
+ *   ipsec pki --gen --outform pem > /userconfig/config/ipsec/client.key.pem
+ *   ipsec pki --pub --in <client key> | ipsec pki --issue --cacert
+ *     /tmp/ca.cert.pem --cakey /tmp/ca.key.pem --dn "<subject>" --outform pem
+ *     > /userconfig/config/ipsec/client.cert.pem
+ *   mv /tmp/ca.key.pem /userconfig/config/ipsec/ca.key.pem
+ *   mv /tmp/ca.cert.pem /userconfig/config/ipsec/ca.cert.pem
+ * The subject is the first line of "/tmp/ca.info", at most 62 characters.
+ * @return 0 once the four commands ran (their own failures are not seen: the
+ *         CA files are moved all the same); -1 when a CA file is missing ("CA
+ *         file not ready" on stderr), when "/tmp/ca.info" cannot be opened
+ *         ("open file /tmp/ca.info failed!"), or when the subject holds a
+ *         shell special character (level-1 log line, nothing run).
+ * Since the CA files are moved away, a second call fails until new CA files
+ * are placed. */
+QVS_API int ipsec_generate_client_ca(void);
+
+/** Refreshes "ConnectionStatus" of the IPsec configuration instances
+ * InternetGatewayDevice.X_CMCC_IPSecVPN.Config.1 to .10 (OID 533) from the
+ * IKE daemon's SA list. Attaches to the store itself and detaches on every
+ * path. Every existing instance is first set to "Disconnected" (enabled) or
+ * "Unconfigured" (disabled); then "swanctl --list-sas > /var/ipsec.status"
+ * is run and each line read: an IKE SA line of connection "conn<n>" selects
+ * instance n (as a signed 8-bit number, so conn200 is -56 and conn255 none)
+ * and gives "PhaseI_Connecting" (CONNECTING), "PhaseII_Connecting"
+ * (ESTABLISHED) or "Disconnecting" (DELETING, DESTROYING); a following child
+ * SA line whose name holds "child" gives "PhaseII_Connecting" (INSTALLING),
+ * "Connected" (INSTALLED) or "Disconnecting". Writes do not notify the
+ * store's listeners and are not saved; missing instances are skipped.
+ * "/var/ipsec.status" is removed afterwards.
+ * @return 0; -1 when the store cannot be attached (nothing else done). */
+QVS_API int ipsec_update_status(void);
+
 /* ==== String helpers ====================================================== */
 
-/* Bytes needed by generateName()'s destination for any arguments. */
+/** Bytes needed by generateName()'s destination for any arguments. */
 #define QVS_GENERATE_NAME_SIZE 78
 
-/* Replaces every character equal to `from` by `to` in the text, in place.
+/** Replaces every character equal to `from` by `to` in the text, in place.
  * Characters are compared as signed bytes (a byte above 0x7F matches only a
- * negative `from`). A NULL or empty text is left as it is. */
+ * negative `from`). A NULL or empty text is left as it is.
+ * @param str writable text, changed in place
+ * @param from character replaced
+ * @param to replacement
+ * @par Touches
+ * nothing but str. */
 QVS_API void qvsReplace(char *str, char from, char to);
 
-/* Writes the display name of a WAN connection to dst:
+/** Writes the display name of a WAN connection to dst:
  * mode 0 "<index>_<name>_<R|B>_VID_", mode 1 "<index>_<name>_<R|B>_VID_0",
  * mode 2 "<index>_<name>_<R|B>_VID_<vid>"; any other mode leaves dst
  * untouched. The name is cut to 47 characters and every ',' in it becomes
  * '_'; the letter is R when connType contains "Routed", otherwise B; the
  * index is printed as a signed decimal number. A NULL name or connType counts
  * as empty; a NULL dst is not written.
- * dst must hold QVS_GENERATE_NAME_SIZE (78) bytes. Always returns 0. */
+ * dst must hold QVS_GENERATE_NAME_SIZE (78) bytes. Always returns 0.
+ * @param index connection index
+ * @param name connection name
+ * @param connType connection type text
+ * @param vid VLAN identifier
+ * @param mode 0, 1 or 2 as above
+ * @param dst caller's buffer of QVS_GENERATE_NAME_SIZE bytes
+ * @par Touches
+ * nothing but dst. */
 QVS_API int generateName(unsigned int index, const char *name, const char *connType,
                          int vid, uint8_t mode, char *dst);
 
-/* Replaces every occurrence of `from` by `to` in the text held in a buffer of
+/** Replaces every occurrence of `from` by `to` in the text held in a buffer of
  * `size` bytes, left to right, in place. The result is cut so that it fits:
  * the rewrite stops once its length reaches size - strlen(to) - 1 (the first
  * step always runs), then at most size - 1 characters are copied back, the
  * rest of the buffer is zeroed and its last byte set to 0.
  * Returns str. The text is returned unchanged when `from` is empty, any
  * pointer is NULL, no work buffer of `size` bytes can be allocated, or size
- * is smaller than strlen(to) + 1 (no room for one replacement). */
+ * is smaller than strlen(to) + 1 (no room for one replacement).
+ * @param str writable text in a buffer of size bytes
+ * @param size bytes of the buffer
+ * @param from text replaced
+ * @param to replacement text
+ * @par Touches
+ * the buffer and a temporary heap block. */
 QVS_API char *str_replace(char *str, size_t size, const char *from, const char *to);
 
-/* 1 when every character of the text is a hexadecimal digit (0-9, a-f, A-F)
- * or the text is empty; 0 otherwise, and 0 for NULL. */
+/** 1 when every character of the text is a hexadecimal digit (0-9, a-f, A-F)
+ * or the text is empty; 0 otherwise, and 0 for NULL.
+ * @param str text
+ * @par Touches
+ * nothing. */
 QVS_API int qvs_is_hex_string(const char *str);
 
-/* 0 when the 6 bytes are all 0x00 or all 0xFF (or mac is NULL); 1 for any
- * other address, multicast ones included. */
+/** 0 when the 6 bytes are all 0x00 or all 0xFF (or mac is NULL); 1 for any
+ * other address, multicast ones included.
+ * @param mac the 6 address bytes
+ * @par Touches
+ * nothing. */
 QVS_API int isValidMac(const unsigned char *mac);
 
 /* ==== System facts ======================================================== */

@@ -11,7 +11,11 @@ host_pkgs=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev
   ipset iptables dnsmasq-base bridge-utils net-tools iproute2 procps psmisc
-  strongswan-pki strongswan-swanctl faketime openssl util-linux
+  faketime openssl util-linux
+  # IPsec: pki and swanctl, charon with its userspace IPsec plugin
+  strongswan-pki strongswan-swanctl strongswan-starter strongswan-charon libcharon-extra-plugins
+  # Shipping: ABI baseline, API reference, package checks
+  abigail-tools doxygen lintian file gzip
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
 # -dev:armhf package would need index files the security mirror may lack.
