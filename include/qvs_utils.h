@@ -1456,6 +1456,188 @@ QVS_API int qvs_is_hex_string(const char *str);
  * nothing. */
 QVS_API int isValidMac(const unsigned char *mac);
 
+/* ==== System facts ======================================================== */
+/* Read-only facts for the management processes: the largest firmware image,
+ * the default configuration file, area and province, CPU, RAM and flash use,
+ * the software version. No state is kept between calls. */
+
+/** Bytes available for a firmware image: the sizes of the "rootfs-1" and
+ * "framework-1" partitions of "/proc/mtd" added up. Lines (256-byte buffer)
+ * containing either name are scanned "%s %x %x %s" (device, size, erase
+ * size, name); a partition that is not listed counts 0, and a later line of
+ * the same partition overrides an earlier one.
+ * @param size set in bytes; left untouched when "/proc/mtd" cannot be
+ *             opened (NULL: nothing written)
+ * @return 0 in every case
+ * @par Touches
+ * reads "/proc/mtd". */
+QVS_API int GetMaxImageSize(uint32_t *size);
+
+/** Path of the factory default configuration for the gateway's area and
+ * province (`libqv_sys_getArea`, `libqv_sys_getProvince`, 32 bytes each):
+ * the first that exists of "/userconfig/config/customized/`A`_`P`.default.enc",
+ * "/usr/config/`A`_`P`.default.enc" and
+ * "/userconfig/config/oem/`A`_`P`.default.enc" (`A` the area, `P` the
+ * province); otherwise "/usr/config/CN_WX.default.enc" for area CN and
+ * province WX, else "/usr/config/config.default.enc" (these two without
+ * testing that they exist). A path longer than 95 characters is cut, and
+ * the cut path is what is tested.
+ * @return a static 96-byte text owned by the library and overwritten by
+ *         every call: do not free it, copy it before calling again
+ * @par Touches
+ * the two platform calls, access() on the candidate paths; logs
+ * `"final default xml is %s\n."` with the path at level 1 (the full stop follows the
+ * line end). */
+QVS_API char *getPreDefaultXml(void);
+
+/** Area and province codes of the gateway from the platform.
+ * @param area 32-byte buffer filled by `libqv_sys_getArea`, or NULL
+ * @param province 32-byte buffer filled by `libqv_sys_getProvince`, or NULL
+ * @return the province call's result when province is given, else the area
+ *         call's result, else 0 (both NULL); the platform gives 0 on success
+ *         and a negative value on failure
+ * @par Touches
+ * the platform calls only. */
+QVS_API int getAreaAndProvince(char *area, char *province);
+
+/** CPU occupancy in percent (0 to 100) as the platform measures it
+ * (`libqv_sys_getCpuUsage`).
+ * @param percent written only when the platform call succeeds; left
+ *                untouched otherwise (NULL: nothing written)
+ * @return 0 in every case
+ * @par Touches
+ * the platform call only. */
+QVS_API int getCpuOccupy(unsigned int *percent);
+
+/** RAM occupancy in percent, 100 * (MemTotal - MemAvailable) / MemTotal,
+ * truncated, from the first 8192 bytes of "/proc/meminfo" (MemAvailable is
+ * looked for after MemTotal).
+ * @param percent written on success only (may be NULL)
+ * @return 0; -1 when the file cannot be opened (nothing printed), when it is
+ *         empty (prints "Invalid parameters."), or when MemTotal or
+ *         MemAvailable is missing or MemTotal is not a positive number
+ *         (prints "couln't parser, parameter error.")
+ * @par Touches
+ * reads "/proc/meminfo"; the two texts go to standard output (puts), not to
+ * the log. */
+QVS_API int getRamOccupy(unsigned int *percent);
+
+/** Flash occupancy in percent: the used 1K blocks of the mounts
+ * "/userconfig/config" and "/opt/sgw/apps" plus a fixed 50922 blocks, of
+ * 262144 blocks (256 MB): ((sizes + 50922 - available) * 100) / 262144,
+ * truncated toward zero (above 100 when the mounts are full).
+ * @param percent written whenever the listing could be read, whatever the
+ *                result (may be NULL)
+ * @return 0 when exactly two such lines were listed; -1 otherwise, and -1
+ *         with percent untouched when "/tmp/flashsize" cannot be read
+ * @par Touches
+ * runs "df>/tmp/flashsize" and then "rm /tmp/flashsize" with system(), and
+ * reads the listing (128-byte lines). */
+QVS_API int getFLASHOccupy(int *percent);
+
+/** Copies the software version text of the device information object
+ * (OID 3) into dst with an unbounded copy.
+ * @param dst caller's buffer of at least 64 bytes (the version field's size)
+ * @return 0; -1 when the store cannot be attached, the object is missing,
+ *         the version text is empty or dst is NULL (dst untouched)
+ * @par Touches
+ * attaches to the store by itself and detaches on every path; logs
+ * `"xmlShm init error.\r\n"` (level 1) when the store refuses, else
+ * `"xmlShm init success.\r\n"` (level 5). */
+QVS_API int qvs_getSWVersion(char *dst);
+
+/* ==== Bridge and WAN helpers ============================================== */
+/* The LAN bridge's forwarding database, an Ethernet port made a tagged member
+ * of "br0", the PVC index for a new WAN connection and the bindings of LAN
+ * interfaces to bridged WAN connections of the OTHER service. */
+
+/** One record of a bridge's forwarding database as the kernel publishes it
+ * in "/sys/class/net/`bridge`/brforward" (host byte order), copied unchanged.
+ * Layout: 16 bytes on every target; the ageing timer at offset 8, the high
+ * bits of the port number at offset 12. */
+struct qvs_fdb_entry {
+    uint8_t mac_addr[6];         /**< MAC address */
+    uint8_t port_no;             /**< bridge port number, low 8 bits */
+    uint8_t is_local;            /**< non-zero: an address of the bridge itself */
+    uint32_t ageing_timer_value; /**< hundredths of a second since the host was last seen */
+    uint8_t port_hi;             /**< bridge port number, high 8 bits */
+    uint8_t pad0;                /**< padding */
+    uint16_t unused;             /**< unused */
+};
+
+/** Finds the forwarding record of one MAC address. The file is read in
+ * batches of 32 records until its end or more than 96 records were read, so
+ * at most 128 records are considered. Local records count too; the first
+ * equal record in file order wins.
+ * @param brname bridge name (the path is cut at 127 characters)
+ * @param mac 6 bytes
+ * @param out receives the 16 bytes of the record when found
+ * @return 1 when found; 0 when not found or the file cannot be opened
+ * @par Touches
+ * reads "/sys/class/net/`brname`/brforward". */
+QVS_API int brctl_getmacs_by_mac(const char *brname, const unsigned char *mac, struct qvs_fdb_entry *out);
+
+/** Copies, in file order, the learned (not local) records among the first
+ * min(records read, max) records of a bridge's forwarding database, read as
+ * for brctl_getmacs_by_mac() (at most 128 records). The maximum bounds the
+ * records examined: local records among them reduce the result.
+ * @param brname bridge name (the path is cut at 127 characters)
+ * @param out room for max records (at most 128 are ever written)
+ * @param max records to examine; below 1 gives 0 with out untouched
+ * @return the number of records written; 0 when the file cannot be opened
+ * @par Touches
+ * reads "/sys/class/net/`brname`/brforward". */
+QVS_API int brctl_getmacs(const char *brname, struct qvs_fdb_entry *out, int max);
+
+/** Makes an Ethernet port a tagged member of the LAN bridge "br0", through
+ * the VLAN device `V` = "`ifname`.`vid`" (16-byte buffer, cut at 15
+ * characters), in this order: `libqv_netApi_remDev`(V); 200 ms pause;
+ * "ifconfig `ifname` mtu 2000"; `libqv_netApi_addDev`(ifname, V, 3, vid, 0,
+ * 0, 0, 0); pause; "ifconfig `ifname` promisc"; pause; "ifconfig `V` up";
+ * pause; "brctl addif br0 `V`". The pauses are the only ordering guarantee
+ * (the call takes at least 800 ms); results of the device calls and
+ * commands are not checked.
+ * @param ifname port name, must begin with "eth"; text with a shell meta
+ *               character, or too long for a 128-byte command line, is
+ *               refused with a level-1 log line
+ * @param vid VLAN identifier
+ * @return 0; -1, with nothing run, when ifname does not begin with "eth" or
+ *         is refused
+ * @par Touches
+ * the two platform device calls and four command lines through
+ * `qvs_system`. */
+QVS_API int qvsUtil_setEthToLan(const char *ifname, int vid);
+
+/** The PVC index for a new WAN connection: over the WANPPPConnection and
+ * WANIPConnection objects 1 to 8 of connection devices 1 to 16 of WANDevice
+ * 1, the lowest index from 1 that none uses below the highest index in use,
+ * else one above it (capped at 20); 1 when there is no WAN device or no
+ * index in use. Indices above 19 only raise the highest.
+ * @param handle caller's store handle; 0 gives 1 without touching the store
+ * @return 1 to 20
+ * @par Touches
+ * reads the store by object name through the caller's handle (never
+ * attaches, writes or saves). */
+QVS_API int Qvs_getpvcIndex(uint32_t handle);
+
+/** Whether a LAN interface is bound to an enabled bridged WAN connection of
+ * the OTHER service: a connection (connection devices 1 to 16, PPP then IP
+ * connections 1 to 8) whose "Enable" is set, whose "ConnectionType"
+ * contains "Bridged", whose "X_QV_ServiceList" contains "OTHER" and whose
+ * "X_QV_LanInterface" contains the key as a substring. The key is the path
+ * (cut at 255 characters), except that a path containing
+ * "WLANConfiguration" is read as
+ * "InternetGatewayDevice.LANDevice.1.WLANConfiguration.`k`" and looked up
+ * as "InternetGatewayDevice.WiFi.SSID.`k`" (`k` 0 when the path has another
+ * shape).
+ * @param handle caller's store handle
+ * @param path LAN interface object path
+ * @return 1 when bound; 0 otherwise, for a NULL path and a zero handle
+ * @par Touches
+ * reads the store by object name through the caller's handle (never
+ * attaches, writes or saves). */
+QVS_API int isIntfBindByOtherBridgeWan(uint32_t handle, const char *path);
+
 #ifdef __cplusplus
 }
 #endif

@@ -10,7 +10,7 @@ host_pkgs=(
   g++-arm-linux-gnueabihf gcc-arm-linux-gnueabihf qemu-user binutils-arm-linux-gnueabihf
   googletest libgtest-dev libgmock-dev libbenchmark-dev strace
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev
-  ipset iptables dnsmasq-base bridge-utils iproute2 procps psmisc
+  ipset iptables dnsmasq-base bridge-utils net-tools iproute2 procps psmisc
   faketime openssl util-linux
   # IPsec: pki and swanctl, charon with its userspace IPsec plugin
   strongswan-pki strongswan-swanctl strongswan-starter strongswan-charon libcharon-extra-plugins

@@ -28,6 +28,15 @@ _Static_assert(sizeof(cu_alarmInfo) == CU_ALARM_INFO_COUNT * ALARM_ROW_SIZE, "cu
 _Static_assert(sizeof(b64_chr) == 65, "b64_chr is 65 bytes");
 _Static_assert(sizeof(allow_direct_write_xmlShm) == 4, "allow_direct_write_xmlShm is a 32-bit int");
 _Static_assert(QVS_GENERATE_NAME_SIZE == 78, "generateName buffer size");
+/* The kernel's 16-byte forwarding record, the same on every architecture. */
+_Static_assert(sizeof(struct qvs_fdb_entry) == 16, "qvs_fdb_entry is 16 bytes");
+_Static_assert(offsetof(struct qvs_fdb_entry, mac_addr) == 0, "qvs_fdb_entry.mac_addr at 0");
+_Static_assert(offsetof(struct qvs_fdb_entry, port_no) == 6, "qvs_fdb_entry.port_no at 6");
+_Static_assert(offsetof(struct qvs_fdb_entry, is_local) == 7, "qvs_fdb_entry.is_local at 7");
+_Static_assert(offsetof(struct qvs_fdb_entry, ageing_timer_value) == 8, "qvs_fdb_entry.ageing_timer_value at 8");
+_Static_assert(offsetof(struct qvs_fdb_entry, port_hi) == 12, "qvs_fdb_entry.port_hi at 12");
+_Static_assert(offsetof(struct qvs_fdb_entry, pad0) == 13, "qvs_fdb_entry.pad0 at 13");
+_Static_assert(offsetof(struct qvs_fdb_entry, unused) == 14, "qvs_fdb_entry.unused at 14");
 
 static int failures;
 
@@ -52,6 +61,9 @@ int main(void) {
           (size_t)((const char *)&cu_alarmInfo[CU_ALARM_INFO_COUNT - 1] - rows),
           (CU_ALARM_INFO_COUNT - 1) * ALARM_ROW_SIZE);
     check("cu_alarmInfo[0].alarmCode (Device reboot)", cu_alarmInfo[0].alarmCode, 104001);
+    check("sizeof(struct qvs_fdb_entry)", sizeof(struct qvs_fdb_entry), 16);
+    check("offsetof(struct qvs_fdb_entry, ageing_timer_value)", offsetof(struct qvs_fdb_entry, ageing_timer_value), 8);
+    check("offsetof(struct qvs_fdb_entry, port_hi)", offsetof(struct qvs_fdb_entry, port_hi), 12);
     check("strlen(b64_chr)", (size_t)(sizeof(b64_chr) - 1), 64);
     check("b64_chr terminator", (size_t)b64_chr[64], 0);
     return failures == 0 ? 0 : 1;
