@@ -30,7 +30,9 @@ void send_reload_sig_to_dnsmasq() {
         if (std::fgets(line, sizeof line, ps.get()) == nullptr) line[0] = '\0';
     }
     pid_t pid = static_cast<pid_t>(std::strtol(line, nullptr, 10));
+    // Zeroed whole: on 64-bit hosts the union is wider than its int.
     union sigval value;
+    std::memset(&value, 0, sizeof value);
     value.sival_int = 4;
     ::sigqueue(pid, SIGUSR1, value);
 }
