@@ -54,7 +54,7 @@ int update_dnsmasq_ipset_conf(int n) {
         QVS_LOG(kLogError, "open file %s failed\n", list);
         return -1;
     }
-    File out(conf, "w");
+    steering::FileRewrite out(conf);
     if (!out) {
         QVS_LOG(kLogError, "open file %s failed\n", conf);
         return -1;
@@ -68,7 +68,11 @@ int update_dnsmasq_ipset_conf(int n) {
         std::fprintf(out.get(), "%s %s%d %d\n", piece, kDomainSet, n, 1);
     }
     in.close();
-    out.close();
+    // A configuration cut short is never handed to dnsmasq.
+    if (!out.commit()) {
+        QVS_LOG(kLogError, "open file %s failed\n", conf);
+        return -1;
+    }
     send_reload_sig_to_dnsmasq();
     return 0;
 }
