@@ -2,6 +2,7 @@
 // input becomes a list file at its real path (inside the sandbox only) and
 // every listing of it must stay within the caller's buffer.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -34,6 +35,9 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     ::mkdir("/userconfig/config/qvvpn", 0755);
     ::mkdir("/userconfig/config/approute", 0755);
     ::mkdir("/userconfig/config/appfilter", 0755);
+    // One file written per input; the other two lists are links to it.
+    ::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/approute/approute_domain1");
+    ::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/appfilter/appfilter_mac1");
     return 0;
 }
 
@@ -43,8 +47,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const uint8_t *body = data + 1;
     const size_t len = size - 1;
     put("/userconfig/config/qvvpn/VPN_IP_1", body, len);
-    put("/userconfig/config/approute/approute_domain1", body, len);
-    put("/userconfig/config/appfilter/appfilter_mac1", body, len);
 
     std::vector<char> out(static_cast<size_t>(outsize));
     int n = qvvpn_get_route_all(1, 0, out.data(), outsize);

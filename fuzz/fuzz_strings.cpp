@@ -31,12 +31,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const uint8_t a = data[0], b = data[1], c = data[2], d = data[3];
     const std::vector<std::string> t = texts(data + 4, size - 4);
 
-    // qvsReplace: no `from` is left (when from and to differ and from is not NUL).
+    // qvsReplace: no `from` is left (when from and to differ and neither is
+    // NUL; a NUL `to` cuts the text at the first replacement).
     std::vector<char> s(t[0].begin(), t[0].end());
     s.push_back('\0');
     qvsReplace(s.data(), static_cast<char>(a), static_cast<char>(b));
-    if (a != 0 && a != b) FUZZ_CHECK(std::strchr(s.data(), static_cast<char>(a)) == nullptr);
-    FUZZ_CHECK(std::strlen(s.data()) == t[0].size());
+    if (a != 0 && b != 0 && a != b) FUZZ_CHECK(std::strchr(s.data(), static_cast<char>(a)) == nullptr);
+    if (b != 0) FUZZ_CHECK(std::strlen(s.data()) == t[0].size());
+    if (b == 0) FUZZ_CHECK(std::strlen(s.data()) == t[0].find(static_cast<char>(a)) || t[0].find(static_cast<char>(a)) == std::string::npos);
 
     // generateName: always within its 78 bytes.
     std::vector<char> name(QVS_GENERATE_NAME_SIZE, '\0');
