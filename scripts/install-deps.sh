@@ -12,6 +12,7 @@ host_pkgs=(
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev
   ipset iptables dnsmasq-base bridge-utils iproute2 procps psmisc
   strongswan-pki strongswan-swanctl faketime openssl util-linux
+  gcovr valgrind
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
 # -dev:armhf package would need index files the security mirror may lack.
