@@ -366,4 +366,52 @@ TEST(ReadOnlyFlash, EveryWriteFailsAndLeavesTheFile) {
     }
 }
 
+// No inode left: the temporary file of a rewrite cannot even be created.
+void no_free_inode(const std::string &dir) {
+    for (int i = 0; i < 100000; ++i) {
+        FILE *f = std::fopen((dir + "/inode" + std::to_string(i)).c_str(), "w");
+        if (f == nullptr) return;
+        std::fclose(f);
+    }
+    FAIL() << "inodes never ran out";
+}
+
+void small_inode_fs(const std::string &at) {
+    int status = -1;
+    qvstest::run("mount -t tmpfs -o mode=0755,size=1m,nr_inodes=32 qvs-few-inodes " + at + " 2>&1", &status);
+    ASSERT_EQ(status, 0) << "cannot mount a tmpfs on " << at;
+}
+
+TEST(NoInodeLeft, ARewriteThatCannotCreateItsTemporaryFileLeavesTheList) {
+    ASSERT_EQ(qvsim_reset(), 0);
+    small_inode_fs("/userconfig");
+    for (const std::string &d : {std::string("/userconfig/config"), kVpnDir, kRouteDir, kFilterDir})
+        ASSERT_EQ(::mkdir(d.c_str(), 0755), 0) << d;
+    const std::string path = kRouteDir + "/approute_ip1";
+    qvstest::write_file(path, "10.0.0.1\n");
+    no_free_inode("/userconfig");
+    qvsim_journal_clear();
+    EXPECT_EQ(approute_flush_route_ip(1), -1);
+    EXPECT_EQ(qvstest::read_file(path), "10.0.0.1\n");
+    EXPECT_TRUE(logged("approute_flush_route_ip", "open file " + path + " failed."));
+    EXPECT_EQ(commands(), std::vector<std::string>{});
+}
+
+TEST(NoInodeLeft, TheDnsmasqFileStaysAsItWas) {
+    ASSERT_EQ(qvsim_reset(), 0);
+    ::mkdir("/userconfig/config", 0755);
+    ::mkdir(kVpnDir.c_str(), 0755);
+    small_inode_fs("/etc/dnsmasq");
+    ASSERT_EQ(::mkdir("/etc/dnsmasq/ipset", 0755), 0);
+    const std::string conf = "/etc/dnsmasq/ipset/vpn_domain1";
+    qvstest::write_file(conf, "old.example vpn_domain1 1\n");
+    no_free_inode("/etc/dnsmasq");
+    qvsim_journal_clear();
+    // The list itself is stored; the dnsmasq file cannot be rewritten.
+    EXPECT_EQ(qvvpn_add_route_domain(1, "a.example"), 0);
+    EXPECT_EQ(qvstest::read_file(kVpnDir + "/VPN_DOMAIN_1"), "a.example\n");
+    EXPECT_EQ(qvstest::read_file(conf), "old.example vpn_domain1 1\n");
+    EXPECT_TRUE(logged("update_dnsmasq_ipset_conf", "open file " + conf + " failed"));
+}
+
 }  // namespace
