@@ -6,7 +6,7 @@ PRESETS := host host-asan host-clang host-release armhf
 # installed under /usr): packages, ABI baseline, consumer example.
 PKG_PRESETS := pkg-amd64 pkg-armhf
 
-.PHONY: all deps build test run bench clean size package docs abi-baseline abi-check consumer \
+.PHONY: all deps build test run bench clean size package docs abi-baseline abi-check consumer fuzz coverage valgrind \
 	$(addprefix build-,$(PRESETS) $(PKG_PRESETS)) $(addprefix test-,$(PRESETS))
 
 all: build
@@ -81,6 +81,29 @@ bench: build-host-release
 
 size: build-armhf
 	bash scripts/size-report.sh build/armhf
+
+# libFuzzer harnesses (Clang, ASan and UBSan), each run FUZZ_SECONDS inside
+# the sandbox on a copy of its seed corpus; a crash fails the target and
+# libFuzzer prints the input. `make test` replays the seed corpora.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz
+	bash scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
+
+# Line and branch coverage of src/ over the host suites (GCC --coverage,
+# gcovr). The tree is read-only inside the sandbox: the counters go to
+# build/coverage-data (kept writable there) and are copied back for gcovr.
+coverage: deps
+	cmake --preset coverage >/dev/null
+	cmake --build --preset coverage
+	bash scripts/coverage.sh build/coverage
+
+# The host suites under valgrind's memcheck (inside each sandbox); any error
+# fails the run. Only the simulator's own SQLite blocks are suppressed.
+VALGRIND = valgrind --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,possible --show-leak-kinds=definite,possible --suppressions=$(CURDIR)/tests/valgrind/qvsim-sqlite.supp --quiet
+valgrind: build-host
+	QVS_SANDBOX_WRAPPER="$(VALGRIND)" ctest --preset host --timeout 1200 $(VALGRIND_CTEST_ARGS)
 
 clean:
 	rm -rf build

@@ -11,7 +11,16 @@
  * Hardening: text from a caller that would end up on a shell command line is
  * checked first; text holding any of ; & | ` $ < > ( ) \ ' " # or a line end
  * is refused with -1 (and a level-1 log line) before anything is written or
- * run.
+ * run. So is text that would make a command line longer than its buffer (a
+ * line cut short is never run; "refused text too long for its command line
+ * [<text>]"); a stored line too long for its command during a reload is
+ * skipped with that log line.
+ *
+ * List files survive a full or read-only flash: every list write checks its
+ * writes, flush and close; whole-file rewrites go through a temporary file
+ * in the same directory and rename, failed appends are cut back. A failed
+ * write gives -1 (where the function has a failure result), leaves the file
+ * as it was and sends no kernel command that would follow it.
  */
 #ifndef QVS_UTILS_H
 #define QVS_UTILS_H
@@ -808,8 +817,10 @@ QVS_API int qvsTask_LanDeviceHost_exec(uint32_t handle, int hostIndex, const voi
  * created, the add functions and qvvpn_set_route_all go on, all others
  * return 0 at once.
  * Entries are found by substring: adding 10.0.0.1 next to 10.0.0.12 finds
- * the line of 10.0.0.12. IP and MAC text (and IP/MAC lists of
- * qvvpn_set_route_all) holding shell characters is refused with -1. */
+ * the line of 10.0.0.12. IP, domain and MAC text (and the lists of
+ * qvvpn_set_route_all, every type) holding shell characters or a line end is
+ * refused with -1; so is IP text whose "ipset add|del vpn_ip<n> <ip> 2>
+ * /dev/null" line would pass 127 characters. */
 
 /** Adds an IP address or network. 0 added (and put into vpn_ip<n>); the
  * 1-based number of an existing line containing the text (nothing added);
@@ -929,11 +940,12 @@ QVS_API unsigned int qvvpn_get_pkgCount(int n);
  * line, mirrored into the route module through "/proc/approute/rule".
  * List types: 0 = IP, 1 = domain, 2 = MAC (the module numbers them 1, 2, 3).
  * List texts join items with ','. Text arguments may be changed in place
- * (a trailing line end removed, MACs lower-cased and '-' turned into ':',
- * lists split at ','), so they must be writable. A null text, or text that
- * could change a shell command line (see above; one trailing line end is
- * allowed, since it is removed first), is refused with -1 before anything
- * is written or run. The directory is created (0755) when it is missing.
+ * (MACs lower-cased and '-' turned into ':', lists split at ','), so they
+ * must be writable. A null text, or text that could change a shell command
+ * line (see above, line ends included), is refused with -1 before anything
+ * is written or run; so is text whose ADD_DATA line (1024-byte buffer) or
+ * DEL_DATA line (128-byte buffer) would not fit (the dispatchers still
+ * return 0). The directory is created (0755) when it is missing.
  */
 
 /** @name approute_add_route_ip, approute_add_route_domain, approute_add_route_mac
@@ -1060,7 +1072,9 @@ QVS_API int approute_get_route_count(int n, int type);
  * each item again. List types: 0 = IP, 1 = domain, 2 = MAC. List arguments
  * are split in place at ','; a null list, or one that could change a shell
  * command line (see above, line ends included), is refused with -1 before
- * anything is written or run. The directory is created (0755) by the add,
+ * anything is written or run, and so is an added list holding an item whose
+ * ADD_DATA line would pass 127 characters; a stored item too long for it is
+ * skipped when the list is sent. The directory is created (0755) by the add,
  * delete and flush functions when it is missing.
  */
 

@@ -16,6 +16,8 @@ host_pkgs=(
   strongswan-pki strongswan-swanctl strongswan-starter strongswan-charon libcharon-extra-plugins
   # Shipping: ABI baseline, API reference, package checks
   abigail-tools doxygen lintian file gzip
+  # Hardening: coverage and memcheck
+  gcovr valgrind
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
 # -dev:armhf package would need index files the security mirror may lack.

@@ -23,6 +23,16 @@ constexpr bool is_shell_safe(std::string_view text) {
 // text is unsafe (the caller then returns -1 without writing or running).
 bool refuse_unsafe_text(const char *func, int line, const char *text);
 
+// Number of characters the formatted text would have; nothing is written.
+__attribute__((format(printf, 1, 2))) int formatted_length(const char *fmt, ...);
+
+// A command line that would not fit its buffer is never run (cut short, it
+// would lose its redirection and write elsewhere). When a line of length
+// characters does not fit size bytes, logs "refused text too long for its
+// command line [%s]\n" with the text at level 1 under func and line and
+// gives true; false otherwise.
+bool refuse_long_text(const char *func, int line, const char *text, int length, std::size_t size);
+
 template <std::size_t N>
 class CommandBuffer {
 public:

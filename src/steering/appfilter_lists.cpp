@@ -126,10 +126,40 @@ int flush_list(int n, unsigned type, const char *func) {
     return 0;
 }
 
+#define APPFILTER_ADD_LINE "echo ADD_DATA index:%d type:%d list:%.*s > %s"
+constexpr std::size_t kCmdSize = 128;
+
+// Length of the ADD_DATA line of one item (len characters of item).
+int add_line_length(int n, unsigned type, const char *item, int len) {
+    return qvs::formatted_length(APPFILTER_ADD_LINE, n, static_cast<int>(type) + 1, len, item, kRuleFile);
+}
+
+// True, after a level-1 line under func, when an item of the caller's
+// comma-joined list would make its ADD_DATA line longer than the 128-byte
+// command buffer (such a line is never run). The list is not changed.
+bool any_item_too_long(const char *func, int n, unsigned type, const char *list) {
+    const char *p = list;
+    while (*p != '\0') {
+        const std::size_t len = std::strcspn(p, ",");
+        if (len > 0 &&
+            qvs::refuse_long_text(func, __LINE__, list, add_line_length(n, type, p, static_cast<int>(len)), kCmdSize))
+            return true;
+        p += len;
+        if (*p == ',') ++p;
+    }
+    return false;
+}
+
 // Caller text: null is refused, and so is text that could change a command line.
 #define APPFILTER_CHECK_TEXT(text) \
     do { \
         if ((text) == nullptr || QVS_REFUSE_UNSAFE(text)) return -1; \
+    } while (0)
+// Added items must also fit their ADD_DATA line.
+#define APPFILTER_CHECK_ADDED(n, type, text) \
+    do { \
+        APPFILTER_CHECK_TEXT(text); \
+        if (any_item_too_long(__func__, (n), (type), (text))) return -1; \
     } while (0)
 
 }  // namespace
@@ -149,15 +179,19 @@ extern "C" int update_data_list_to_appfilter_module(int n, unsigned int type) {
     if (!list) return -1;
     read_first_line(f, list.get());
     const int mtype = static_cast<int>(type) + 1;
-    qvs::CommandBuffer<128> cmd;
+    qvs::CommandBuffer<kCmdSize> cmd;
     cmd.format("echo CLR_DATA index:%d type:%d > %s", n, mtype, kRuleFile);
     libqv_dosystem(cmd.c_str());
     if (list.get()[0] == '\0') return 0;
     char *save = nullptr;
     for (char *item = ::strtok_r(list.get(), ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
-        // The file is not caller text, but it must not run commands either.
-        if (QVS_REFUSE_UNSAFE(item)) continue;
-        cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, mtype, item, kRuleFile);
+        // The file is not caller text, but it must not run commands either,
+        // nor a line cut short: such an item is skipped (logged).
+        const int len = static_cast<int>(std::strlen(item));
+        if (QVS_REFUSE_UNSAFE(item) ||
+            qvs::refuse_long_text(__func__, __LINE__, item, add_line_length(n, type, item, len), kCmdSize))
+            continue;
+        cmd.format(APPFILTER_ADD_LINE, n, mtype, len, item, kRuleFile);
         libqv_dosystem(cmd.c_str());
     }
     return 0;
@@ -166,17 +200,17 @@ extern "C" int update_data_list_to_appfilter_module(int n, unsigned int type) {
 extern "C" {
 
 int appfilter_add_route_iplist(int n, char *list) {
-    APPFILTER_CHECK_TEXT(list);
+    APPFILTER_CHECK_ADDED(n, kTypeIp, list);
     return edit_list(n, kTypeIp, list, true, __func__);
 }
 
 int appfilter_add_route_domainlist(int n, char *list) {
-    APPFILTER_CHECK_TEXT(list);
+    APPFILTER_CHECK_ADDED(n, kTypeDomain, list);
     return edit_list(n, kTypeDomain, list, true, __func__);
 }
 
 int appfilter_add_route_maclist(int n, char *list) {
-    APPFILTER_CHECK_TEXT(list);
+    APPFILTER_CHECK_ADDED(n, kTypeMac, list);
     return edit_list(n, kTypeMac, list, true, __func__);
 }
 

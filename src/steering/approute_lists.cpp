@@ -51,25 +51,50 @@ void strip_line_end(char *text) {
     if (len > 0 && text[len - 1] == '\n') text[len - 1] = '\0';
 }
 
+#define APPROUTE_ADD_LINE "echo ADD_DATA index:%d type:%d list:%.*s > %s"
+#define APPROUTE_DEL_LINE "echo DEL_DATA index:%d type:%d list:%.*s > %s"
+constexpr std::size_t kAddLineSize = 1024;
+constexpr std::size_t kDelLineSize = 128;
+
+// Length of text without one trailing line end (removed before it is sent).
+int sent_length(const char *text) {
+    std::size_t len = std::strlen(text);
+    if (len > 0 && text[len - 1] == '\n') --len;
+    return static_cast<int>(len);
+}
+
+// True, after a level-1 line under func, when the ADD_DATA (1024 bytes) or
+// DEL_DATA (128 bytes) line of text would not fit its buffer: such a line
+// is never run.
+bool add_too_long(const char *func, int n, int ktype, const char *text) {
+    const int len = qvs::formatted_length(APPROUTE_ADD_LINE, n, ktype, sent_length(text), text, kRuleFile);
+    return qvs::refuse_long_text(func, __LINE__, text, len, kAddLineSize);
+}
+bool del_too_long(const char *func, int n, int ktype, const char *text) {
+    const int len = qvs::formatted_length(APPROUTE_DEL_LINE, n, ktype, sent_length(text), text, kRuleFile);
+    return qvs::refuse_long_text(func, __LINE__, text, len, kDelLineSize);
+}
+
 // ADD_DATA of one item or a comma-joined list (1024-byte command line).
-int approute_echo_add(int n, int ktype, char *text) {
+// Text that would change the line or not fit it is not sent (-1).
+int approute_echo_add(const char *func, int n, int ktype, char *text) {
     strip_line_end(text);
     if (ktype == 3)
         for (char *p = text; *p != '\0'; ++p)
             if (*p == '-') *p = ':';
-    if (QVS_REFUSE_UNSAFE(text)) return 0;
-    qvs::CommandBuffer<1024> cmd;
-    cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, ktype, text, kRuleFile);
+    if (qvs::refuse_unsafe_text(func, __LINE__, text) || add_too_long(func, n, ktype, text)) return -1;
+    qvs::CommandBuffer<kAddLineSize> cmd;
+    cmd.format(APPROUTE_ADD_LINE, n, ktype, sent_length(text), text, kRuleFile);
     qv_do_cmd(cmd.c_str());
     return 0;
 }
 
-// DEL_DATA (128-byte command line: long lists are cut).
-int approute_echo_del(int n, int ktype, char *text) {
+// DEL_DATA (128-byte command line).
+int approute_echo_del(const char *func, int n, int ktype, char *text) {
     strip_line_end(text);
-    if (QVS_REFUSE_UNSAFE(text)) return 0;
-    CommandBuffer<128> cmd;
-    cmd.format("echo DEL_DATA index:%d type:%d list:%s > %s", n, ktype, text, kRuleFile);
+    if (qvs::refuse_unsafe_text(func, __LINE__, text) || del_too_long(func, n, ktype, text)) return -1;
+    CommandBuffer<kDelLineSize> cmd;
+    cmd.format(APPROUTE_DEL_LINE, n, ktype, sent_length(text), text, kRuleFile);
     qv_do_cmd(cmd.c_str());
     return 0;
 }
@@ -102,6 +127,7 @@ int search(const char *path, unsigned api_type, const char *needle) {
 }
 
 int add_one(int n, unsigned api_type, char *item, const char *func) {
+    if (add_too_long(func, n, kernel_type(api_type), item)) return -1;
     if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
     Path path;
     list_path(path, n, api_type);
@@ -109,11 +135,12 @@ int add_one(int n, unsigned api_type, char *item, const char *func) {
     if (k != 0) return k;
     if (append_list_line(func, path.c_str(), item) != 0) return -1;
     if (api_type == kTypeMac) str_tolower(item);
-    approute_echo_add(n, kernel_type(api_type), item);
+    approute_echo_add(func, n, kernel_type(api_type), item);
     return 0;
 }
 
 int del_one(int n, unsigned api_type, char *item, const char *func) {
+    if (del_too_long(func, n, kernel_type(api_type), item)) return -1;
     DirStep step = dir_step(ListDir::kAppRoute, func);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
@@ -121,9 +148,9 @@ int del_one(int n, unsigned api_type, char *item, const char *func) {
     list_path(path, n, api_type);
     int k = search(path.c_str(), api_type, item);
     if (k == 0) return 0;
-    delete_list_line(k, path.c_str());
+    if (!delete_list_line(func, k, path.c_str())) return 0;
     if (api_type == kTypeMac) str_tolower(item);
-    approute_echo_del(n, kernel_type(api_type), item);
+    approute_echo_del(func, n, kernel_type(api_type), item);
     return 0;
 }
 
@@ -160,6 +187,8 @@ int replace_domain(int n, const char *path, char *item, const char *func) {
 }
 
 int add_list(int n, unsigned api_type, char *list, const char *func) {
+    // The MAC list goes out as its 577-byte copy, which always fits.
+    if (api_type != kTypeMac && add_too_long(func, n, kernel_type(api_type), list)) return -1;
     if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
     Path path;
     list_path(path, n, api_type);
@@ -167,9 +196,9 @@ int add_list(int n, unsigned api_type, char *list, const char *func) {
         char copy[577] = {};
         std::snprintf(copy, sizeof copy, "%s", list);
         str_tolower(copy);
-        approute_echo_add(n, 3, copy);
+        approute_echo_add(func, n, 3, copy);
     } else {
-        approute_echo_add(n, kernel_type(api_type), list);
+        approute_echo_add(func, n, kernel_type(api_type), list);
     }
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
@@ -184,17 +213,18 @@ int add_list(int n, unsigned api_type, char *list, const char *func) {
 }
 
 int del_list(int n, unsigned api_type, char *list, const char *func) {
+    if (del_too_long(func, n, kernel_type(api_type), list)) return -1;
     DirStep step = dir_step(ListDir::kAppRoute, func);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
     Path path;
     list_path(path, n, api_type);
     if (api_type == kTypeMac) str_tolower(list);
-    approute_echo_del(n, kernel_type(api_type), list);
+    approute_echo_del(func, n, kernel_type(api_type), list);
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
         int k = search(path.c_str(), api_type, item);
-        if (k != 0) delete_list_line(k, path.c_str());
+        if (k != 0) delete_list_line(func, k, path.c_str());
     }
     return 0;
 }
@@ -202,7 +232,7 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
 // Caller text: null is refused, and so is text that could change a command line.
 #define APPROUTE_CHECK_TEXT(text) \
     do { \
-        if ((text) == nullptr || QVS_REFUSE_UNSAFE_LINE(text)) return -1; \
+        if ((text) == nullptr || QVS_REFUSE_UNSAFE(text)) return -1; \
     } while (0)
 
 }  // namespace
@@ -299,12 +329,14 @@ int approute_del_route_list(int n, unsigned int type, char *list) {
 int approute_set_route_all(int n, unsigned int type, char *list) {
     // The whole list goes on the command line as it is: no line end allowed.
     if (list == nullptr || QVS_REFUSE_UNSAFE(list)) return -1;
+    const int ktype = kernel_type(type);
+    // The MAC list goes out as its 577-byte copy, which always fits.
+    if (file_prefix(type) != nullptr && type != kTypeMac && add_too_long(__func__, n, ktype, list)) return -1;
     if (dir_step(ListDir::kAppRoute, __func__) == DirStep::kFailed) return -1;
     if (file_prefix(type) == nullptr) return -1;
     Path path;
     list_path(path, n, type);
-    const int ktype = kernel_type(type);
-    qvs::CommandBuffer<1024> cmd;
+    qvs::CommandBuffer<kAddLineSize> cmd;
     cmd.format("echo CLR_DATA index:%d type:%d > %s", n, ktype, kRuleFile);
     qv_do_cmd(cmd.c_str());
     if (type == kTypeMac) {
@@ -316,12 +348,12 @@ int approute_set_route_all(int n, unsigned int type, char *list) {
         cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, ktype, list, kRuleFile);
     }
     qv_do_cmd(cmd.c_str());
-    qvs::File f(path.c_str(), "w");
+    FileRewrite f(path.c_str());
     if (!f) return -1;
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save))
         std::fprintf(f.get(), "%s\n", item);
-    return 0;
+    return commit_list_file(nullptr, f, path.c_str());  // quietly, as the open
 }
 
 int approute_reload_route(int n) {
@@ -338,7 +370,8 @@ int approute_reload_route(int n) {
         char line[512];
         while (std::fgets(line, sizeof line, f.get()) != nullptr) {
             if (type == kTypeMac) str_tolower(line);
-            approute_echo_add(n, ktype, line);
+            // A line that would not fit its command is skipped (logged).
+            approute_echo_add(__func__, n, ktype, line);
         }
     }
     return 0;

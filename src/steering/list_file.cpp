@@ -39,30 +39,79 @@ bool refuse_unsafe_line(const char *func, int line, const char *text) {
     return !is_shell_safe(t) && refuse_unsafe_text(func, line, text);
 }
 
+FileRewrite::FileRewrite(const char *path) : f_(nullptr) {
+    std::snprintf(path_, sizeof path_, "%s", path);
+    // A path of at most 127 characters and a pid of at most 10 digits fit.
+    std::snprintf(tmp_, sizeof tmp_, "%s.%d.new", path_, static_cast<int>(::getpid()));
+    f_ = std::fopen(tmp_, "w");
+}
+
+FileRewrite::~FileRewrite() { discard(); }
+
+void FileRewrite::discard() {
+    if (f_ == nullptr) return;
+    std::fclose(f_);
+    f_ = nullptr;
+    ::unlink(tmp_);
+}
+
+bool FileRewrite::commit() {
+    if (f_ == nullptr) return false;
+    bool ok = std::ferror(f_) == 0;
+    ok = std::fflush(f_) == 0 && ok;
+    std::FILE *f = f_;
+    f_ = nullptr;
+    ok = std::fclose(f) == 0 && ok;
+    if (ok && std::rename(tmp_, path_) == 0) return true;
+    ::unlink(tmp_);
+    return false;
+}
+
 int append_list_line(const char *func, const char *path, const char *text) {
     File f(path, "a+");
     if (!f) {
         QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
         return -1;
     }
-    std::fprintf(f.get(), "%s\n", text);
-    return 0;
+    struct stat st = {};
+    const bool sized = ::fstat(::fileno(f.get()), &st) == 0;
+    bool ok = sized && std::fprintf(f.get(), "%s\n", text) >= 0;
+    ok = std::fflush(f.get()) == 0 && ok;
+    std::FILE *raw = f.release();
+    ok = std::fclose(raw) == 0 && ok;
+    if (ok) return 0;
+    // Cut back whatever part of the line reached the file.
+    if (sized) (void)::truncate(path, st.st_size);
+    QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
+    return -1;
+}
+
+int commit_list_file(const char *func, FileRewrite &file, const char *path) {
+    if (file.commit()) return 0;
+    if (func != nullptr) QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
+    return -1;
 }
 
 int write_list_file(const char *func, const char *path, const char *text) {
-    File f(path, "w");
+    FileRewrite f(path);
     if (!f) {
         QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
         return -1;
     }
     std::fputs(text, f.get());
-    return 0;
+    return commit_list_file(func, f, path);
 }
 
-void delete_list_line(int k, const char *path) {
+bool delete_list_line(const char *func, int k, const char *path) {
+    struct stat before = {};
+    const bool had = ::stat(path, &before) == 0;
     CommandBuffer<128> cmd;
     cmd.format("sed -i '%dd' %s", k, path);
     ::qv_do_cmd(cmd.c_str());
+    struct stat after = {};
+    if (had && ::stat(path, &after) == 0 && after.st_size < before.st_size) return true;
+    QVS_LOG_AS(func, kLogError, "delete line %d of %s failed.\n", k, path);
+    return false;
 }
 
 int join_list_lines(const char *path, char sep, const char *cut_at, char *out, int size) {

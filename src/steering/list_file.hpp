@@ -2,6 +2,8 @@
 // application filters).
 #pragma once
 
+#include <cstdio>
+
 namespace qvs::steering {
 
 // Outcome of the directory step that comes first in the list functions.
@@ -29,19 +31,55 @@ int find_line_in_file(const char *path, const char *needle);
 // A null text is not refused here.
 bool refuse_unsafe_line(const char *func, int line, const char *text);
 
+// A whole-file rewrite that never leaves a torn file: the new content goes
+// to a temporary file in the same directory ("<path>.<pid>.new", opened
+// "w"), which replaces the file by rename only when every write, the flush
+// and the close succeeded. Otherwise, and when commit() is never called,
+// the temporary file is removed and the file stays exactly as it was.
+class FileRewrite {
+public:
+    explicit FileRewrite(const char *path);
+    ~FileRewrite();
+    FileRewrite(const FileRewrite &) = delete;
+    FileRewrite &operator=(const FileRewrite &) = delete;
+    explicit operator bool() const { return f_ != nullptr; }
+    std::FILE *get() const { return f_; }
+    // Checks the writes, flushes, closes and renames; false when any step
+    // failed (the temporary file is then gone).
+    bool commit();
+
+private:
+    void discard();
+    char path_[128];
+    char tmp_[160];
+    std::FILE *f_;
+};
+
 // Appends "%s\n" to the list file (opened "a+"). When it cannot be opened,
 // logs "open file %s failed.\n" with the path at level 1 under func and
-// gives -1; 0 otherwise.
+// gives -1. When the write, flush or close fails (a full flash), the file is
+// cut back to its old length, the same line is logged and the result is -1;
+// 0 otherwise.
 int append_list_line(const char *func, const char *path, const char *text);
 
-// Replaces the file's content by text ("" leaves it empty; opened "w").
-// When it cannot be opened, logs "open file %s failed.\n" with the path at
-// level 1 under func and gives -1; 0 otherwise.
+// Replaces the file's content by text ("" leaves it empty) through a
+// FileRewrite. When the temporary file cannot be opened, or a write, the
+// flush, the close or the rename fails, logs "open file %s failed.\n" with
+// the path at level 1 under func and gives -1 (the old file stays as it
+// was); 0 otherwise.
 int write_list_file(const char *func, const char *path, const char *text);
 
+// Commits a rewrite; on failure logs "open file %s failed.\n" with the path
+// at level 1 under func (nothing when func is null, for the calls that fail
+// quietly). 0 or -1.
+int commit_list_file(const char *func, FileRewrite &file, const char *path);
+
 // Deletes line k (1-based) of the file by "sed -i '%dd' %s" (128-byte
-// command line, cut at 127 characters).
-void delete_list_line(int k, const char *path);
+// command line, cut at 127 characters). True when the file got shorter;
+// otherwise (sed could not rewrite it, e.g. on a full flash) logs "delete
+// line %d of %s failed.\n" at level 1 under func and gives false: the
+// caller then sends no kernel command for the line.
+bool delete_list_line(const char *func, int k, const char *path);
 
 // Joins the lines of the file into out (size bytes, at least 1; emptied
 // first), separated by sep. Each line (read with a 512-byte buffer) is cut

@@ -30,7 +30,9 @@ void send_reload_sig_to_dnsmasq() {
         if (std::fgets(line, sizeof line, ps.get()) == nullptr) line[0] = '\0';
     }
     pid_t pid = static_cast<pid_t>(std::strtol(line, nullptr, 10));
+    // Zeroed whole: on 64-bit hosts the union is wider than its int.
     union sigval value;
+    std::memset(&value, 0, sizeof value);
     value.sival_int = 4;
     ::sigqueue(pid, SIGUSR1, value);
 }
@@ -52,7 +54,7 @@ int update_dnsmasq_ipset_conf(int n) {
         QVS_LOG(kLogError, "open file %s failed\n", list);
         return -1;
     }
-    File out(conf, "w");
+    steering::FileRewrite out(conf);
     if (!out) {
         QVS_LOG(kLogError, "open file %s failed\n", conf);
         return -1;
@@ -66,7 +68,11 @@ int update_dnsmasq_ipset_conf(int n) {
         std::fprintf(out.get(), "%s %s%d %d\n", piece, kDomainSet, n, 1);
     }
     in.close();
-    out.close();
+    // A configuration cut short is never handed to dnsmasq.
+    if (!out.commit()) {
+        QVS_LOG(kLogError, "open file %s failed\n", conf);
+        return -1;
+    }
     send_reload_sig_to_dnsmasq();
     return 0;
 }

@@ -27,6 +27,13 @@ void ipset_del(const char *set, int n, const char *member) {
     ::qv_do_cmd(cmd.c_str());
 }
 
+// IP text reaches "ipset add|del vpn_ip<n> <ip> 2> /dev/null" (the two
+// lines have the same length): refused when that line would not fit.
+bool ip_too_long(const char *func, int n, const char *ip) {
+    return qvs::refuse_long_text(func, __LINE__, ip,
+                                 qvs::formatted_length("ipset add %s%d %s 2> /dev/null", kIpSet, n, ip), kCmdSize);
+}
+
 // The domain set is flushed under the list file's prefix on reload: a set of
 // that name does not exist, so the addresses dnsmasq resolved stay.
 void flush_domain_prefix(int n) {
@@ -35,7 +42,7 @@ void flush_domain_prefix(int n) {
     ::qv_do_cmd(cmd.c_str());
 }
 
-void reload_ip(int n) {
+void reload_ip(const char *func, int n) {
     vpn_ipset_flush(n, kTypeIp);
     File save(kRestoreFile, "w");
     if (!save) return;
@@ -45,10 +52,18 @@ void reload_ip(int n) {
     if (!list) return;
     char line[kListLineSize];
     std::memset(line, 0, sizeof line);
+    bool ok = true;
     while (std::fgets(line, sizeof line, list.get()) != nullptr)
-        std::fprintf(save.get(), "add %s%d %s", kIpSet, n, line);
-    save.close();
+        ok = std::fprintf(save.get(), "add %s%d %s", kIpSet, n, line) >= 0 && ok;
+    ok = std::fflush(save.get()) == 0 && ok;
+    std::FILE *f = save.release();
+    ok = std::fclose(f) == 0 && ok;
     list.close();
+    // A restore file cut short would load part of the list: not run.
+    if (!ok) {
+        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", kRestoreFile);
+        return;
+    }
     qvs::CommandBuffer<kCmdSize> cmd;
     cmd.format("ipset restore -f %s -exist", kRestoreFile);
     ::qv_do_cmd(cmd.c_str());
@@ -79,7 +94,7 @@ void reload_mac(const char *func, int n) {
 
 int reload_mode(const char *func, int n, unsigned type) {
     switch (type) {
-    case kTypeIp: reload_ip(n); break;
+    case kTypeIp: reload_ip(func, n); break;
     case kTypeDomain: reload_domain(n); break;
     case kTypeMac: reload_mac(func, n); break;
     default: break;
@@ -92,7 +107,7 @@ int reload_mode(const char *func, int n, unsigned type) {
 extern "C" {
 
 int qvvpn_add_route_ip(int n, const char *ip) {
-    if (ip == nullptr || QVS_REFUSE_UNSAFE(ip)) return -1;
+    if (ip == nullptr || QVS_REFUSE_UNSAFE(ip) || ip_too_long(__func__, n, ip)) return -1;
     if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
@@ -104,17 +119,14 @@ int qvvpn_add_route_ip(int n, const char *ip) {
 }
 
 int qvvpn_del_route_ip(int n, const char *ip) {
-    if (ip == nullptr || QVS_REFUSE_UNSAFE(ip)) return -1;
+    if (ip == nullptr || QVS_REFUSE_UNSAFE(ip) || ip_too_long(__func__, n, ip)) return -1;
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
     int k = find_line_in_file(path, ip);
-    if (k > 0) {
-        delete_list_line(k, path);
-        ipset_del(kIpSet, n, ip);
-    }
+    if (k > 0 && delete_list_line(__func__, k, path)) ipset_del(kIpSet, n, ip);
     return 0;
 }
 
@@ -130,7 +142,8 @@ int qvvpn_flush_route_ip(int n) {
 }
 
 int qvvpn_add_route_domain(int n, const char *domain) {
-    if (domain == nullptr) return -1;
+    // Domains reach dnsmasq's configuration, one per line.
+    if (domain == nullptr || QVS_REFUSE_UNSAFE(domain)) return -1;
     if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
@@ -141,7 +154,7 @@ int qvvpn_add_route_domain(int n, const char *domain) {
 }
 
 int qvvpn_del_route_domain(int n, const char *domain) {
-    if (domain == nullptr) return -1;
+    if (domain == nullptr || QVS_REFUSE_UNSAFE(domain)) return -1;
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -165,7 +178,7 @@ int qvvpn_del_route_domain(int n, const char *domain) {
             }
         }
     }
-    if (found > 0) delete_list_line(found, path);
+    if (found > 0 && !delete_list_line(__func__, found, path)) return 0;
     vpn_ipset_flush(n, kTypeDomain);
     update_dnsmasq_ipset_conf(n);
     return 0;
@@ -208,8 +221,7 @@ int qvvpn_del_route_mac(int n, char *mac) {
     char path[kPathSize];
     list_path(path, kMacFilePrefix, n);
     int k = find_line_in_file(path, mac);
-    if (k > 0) {
-        delete_list_line(k, path);
+    if (k > 0 && delete_list_line(__func__, k, path)) {
         char colon[kMacTextSize];
         std::memset(colon, 0, sizeof colon);
         mac_to_colon_form(mac, colon);
@@ -233,7 +245,7 @@ int qvvpn_reload_route(int n) {
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
-    reload_ip(n);
+    reload_ip(__func__, n);
     reload_domain(n);
     reload_mac(__func__, n);
     return 0;
@@ -247,20 +259,21 @@ int qvvpn_reload_route_mode(int n, unsigned int type) {
 }
 
 int qvvpn_set_route_all(int n, unsigned int type, char *list) {
-    if (list == nullptr) return -1;
-    // IP and MAC items end up on ipset command lines; domains only in files.
-    if (type != kTypeDomain && QVS_REFUSE_UNSAFE(list)) return -1;
+    // IP and MAC items end up in ipset's restore file and on command lines,
+    // domains in dnsmasq's configuration: the same guard for every type.
+    if (list == nullptr || QVS_REFUSE_UNSAFE(list)) return -1;
     if (dir_step(__func__) == DirStep::kFailed) return -1;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr) return -1;
     char path[kPathSize];
     list_path(path, prefix, n);
     {
-        File f(path, "w");
+        qvs::steering::FileRewrite f(path);
         if (!f) return -1;
         char *save = nullptr;
         for (char *item = strtok_r(list, "%", &save); item != nullptr; item = strtok_r(nullptr, "%", &save))
             std::fprintf(f.get(), "%s\n", item);
+        if (qvs::steering::commit_list_file(nullptr, f, path) != 0) return -1;  // quietly, as the open
     }
     reload_mode(__func__, n, type);
     return 0;

@@ -157,13 +157,13 @@ TEST_F(AppRoute, NegativeRuleIndexIsPrintedAsIs) {
     EXPECT_EQ(approute_get_route_count(-3, 0), 1);
 }
 
-TEST_F(AppRoute, AddWithATrailingLineEnd) {
+TEST_F(AppRoute, AddWithATrailingLineEndIsRefused) {
     make_dir();
     Text ip("10.9.9.9\n");
-    EXPECT_EQ(approute_add_route_ip(2, ip.get()), 0);
-    EXPECT_EQ(file(kDir + "/approute_ip2"), "10.9.9.9\n\n");
-    EXPECT_THAT(cmds(), ElementsAre(add(2, 1, "10.9.9.9")));
-    EXPECT_EQ(ip.str(), "10.9.9.9");
+    EXPECT_EQ(approute_add_route_ip(2, ip.get()), -1);
+    EXPECT_FALSE(qvstest::exists(kDir + "/approute_ip2"));
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_EQ(approute_get_route_count(2, 0), 0);
 }
 
 TEST_F(AppRoute, AddCreatesAMissingDirectoryAndGoesOn) {
@@ -274,14 +274,14 @@ TEST_F(AppRoute, DeleteBySubstringHitsTheLongerEntry) {
     EXPECT_EQ(held("approute", 1, 1), "10.0.0.12");
 }
 
-TEST_F(AppRoute, DeleteDomainWithItsTrailingLineEnd) {
+TEST_F(AppRoute, DeleteDomainWithATrailingLineEndIsRefused) {
     make_dir();
     seed(approute_add_route_domain, 1, {"a.com", "b.com"});
     Text d("b.com\n");
-    EXPECT_EQ(approute_del_route_domain(1, d.get()), 0);
-    EXPECT_EQ(file(kDomain1), "a.com\n");
-    EXPECT_THAT(cmds(), ElementsAre(sed(2, kDomain1), del(1, 2, "b.com")));
-    EXPECT_EQ(held("approute", 1, 2), "a.com");
+    EXPECT_EQ(approute_del_route_domain(1, d.get()), -1);
+    EXPECT_EQ(file(kDomain1), "a.com\nb.com\n");
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_EQ(held("approute", 1, 2), "a.com,b.com");
 }
 
 TEST_F(AppRoute, DeleteMacSendsDashesUnchanged) {
@@ -371,12 +371,12 @@ TEST_F(AppRoute, AddIpListSendsTheWholeListThenAppendsNewItems) {
     EXPECT_EQ(list.str(), "10.0.0.1");  // split in place
 }
 
-TEST_F(AppRoute, AddListDropsTheListsTrailingLineEnd) {
+TEST_F(AppRoute, AddListWithATrailingLineEndIsRefused) {
     make_dir();
     Text list("a.com,b.com\n");
-    EXPECT_EQ(approute_add_route_domainlist(1, list.get()), 0);
-    EXPECT_THAT(cmds(), ElementsAre(add(1, 2, "a.com,b.com")));
-    EXPECT_EQ(file(kDomain1), "a.com\nb.com\n");
+    EXPECT_EQ(approute_add_route_domainlist(1, list.get()), -1);
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_FALSE(qvstest::exists(kDomain1));
 }
 
 TEST_F(AppRoute, AddMacListSendsALowerCaseCopyAndStoresAsGiven) {
@@ -478,7 +478,7 @@ TEST_F(AppRoute, DeleteIpListSendsTheListThenDeletesEachLine) {
 TEST_F(AppRoute, DeleteDomainList) {
     make_dir();
     seed(approute_add_route_domain, 2, {"a.com", "b.com"});
-    Text list("b.com\n");
+    Text list("b.com");
     EXPECT_EQ(approute_del_route_domainlist(2, list.get()), 0);
     EXPECT_EQ(file(kDir + "/approute_domain2"), "a.com\n");
     EXPECT_THAT(cmds(), ElementsAre(del(2, 2, "b.com"), sed(2, kDir + "/approute_domain2")));
@@ -496,7 +496,7 @@ TEST_F(AppRoute, DeleteMacListLowerCasesTheList) {
     EXPECT_EQ(list.str(), "aa:bb:cc:dd:ee:02");
 }
 
-TEST_F(AppRoute, LongDeleteLineIsCutAt127Characters) {
+TEST_F(AppRoute, ADeleteLineLongerThan127CharactersIsNeverRun) {
     make_dir();
     std::vector<std::string> items;
     std::string list;
@@ -505,23 +505,24 @@ TEST_F(AppRoute, LongDeleteLineIsCutAt127Characters) {
         list += (list.empty() ? "" : ",") + items.back();
     }
     seed(approute_add_route_ip, 1, items);
+    const std::string stored = file(kIp1);
     const std::string full = del(1, 1, list);
     ASSERT_GT(full.size(), 127u);
     Text t(list);
     qvstest::CaptureFd out(1);
-    EXPECT_EQ(approute_del_route_iplist(1, t.get()), 0);
-    std::string printed = out.text();
-    auto lines = cmds();
-    ASSERT_EQ(lines.size(), 11u);
-    EXPECT_EQ(lines[0], full.substr(0, 127));
-    EXPECT_EQ(file(kIp1), "");
-    // Cut before its redirection, the line went to standard output and the
-    // module kept every item.
-    EXPECT_EQ(printed, full.substr(5, 122) + "\n");
+    EXPECT_EQ(approute_del_route_iplist(1, t.get()), -1);
+    EXPECT_EQ(out.text(), "");
+    // Refused before anything is deleted or sent: file and module agree.
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_EQ(file(kIp1), stored);
     EXPECT_EQ(held("approute", 1, 1), list);
+    ASSERT_EQ(logs().size(), 1u);
+    EXPECT_EQ(logs()[0].func, "approute_del_route_iplist");
+    EXPECT_EQ(logs()[0].level, 1);
+    EXPECT_EQ(logs()[0].message, "refused text too long for its command line [" + list + "]\n");
 }
 
-TEST_F(AppRoute, LongAddLineIsCutAt1023Characters) {
+TEST_F(AppRoute, AnAddLineLongerThan1023CharactersIsNeverRun) {
     make_dir();
     std::string list;
     for (int i = 0; i < 80; ++i) list += (i ? "," : "") + std::string("host") + std::to_string(i) + ".example.com";
@@ -529,13 +530,10 @@ TEST_F(AppRoute, LongAddLineIsCutAt1023Characters) {
     ASSERT_GT(full.size(), 1023u);
     Text t(list);
     qvstest::CaptureFd out(1);
-    EXPECT_EQ(approute_add_route_domainlist(1, t.get()), 0);
-    out.text();
-    auto lines = cmds();
-    // New items are only appended: the cut line is the one command, and,
-    // cut before its redirection, it never reached the module.
-    EXPECT_THAT(lines, ElementsAre(full.substr(0, 1023)));
-    EXPECT_EQ(steertest::split(file(kDomain1), '\n').size(), 81u);
+    EXPECT_EQ(approute_add_route_domainlist(1, t.get()), -1);
+    EXPECT_EQ(out.text(), "");
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_FALSE(qvstest::exists(kDomain1));
     EXPECT_EQ(held("approute", 1, 2), "");
 }
 
@@ -642,7 +640,7 @@ TEST_F(AppRoute, SetRouteAllFileFailureLeavesTheModuleAhead) {
     EXPECT_THAT(logs(), IsEmpty());
 }
 
-TEST_F(AppRoute, SetRouteAllCutsItsLinesAt1023) {
+TEST_F(AppRoute, SetRouteAllRefusesALineLongerThan1023) {
     make_dir();
     std::string list;
     for (int i = 0; i < 100; ++i) list += (i ? "," : "") + std::string("10.1.") + std::to_string(i) + ".100";
@@ -650,10 +648,10 @@ TEST_F(AppRoute, SetRouteAllCutsItsLinesAt1023) {
     ASSERT_GT(full.size(), 1023u);
     Text t(list);
     qvstest::CaptureFd out(1);
-    EXPECT_EQ(approute_set_route_all(1, 0, t.get()), 0);
-    out.text();
-    EXPECT_THAT(cmds(), ElementsAre(clr(1, 1), full.substr(0, 1023)));
-    EXPECT_EQ(steertest::split(file(kIp1), '\n').size(), 101u);  // 100 lines and the end
+    EXPECT_EQ(approute_set_route_all(1, 0, t.get()), -1);
+    EXPECT_EQ(out.text(), "");
+    EXPECT_THAT(cmds(), IsEmpty());
+    EXPECT_FALSE(qvstest::exists(kIp1));
     EXPECT_EQ(held("approute", 1, 1), "");
 }
 

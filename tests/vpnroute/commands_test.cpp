@@ -10,6 +10,7 @@
 #include "test_support.hpp"
 #include "vpn_env.hpp"
 
+using qvstest::exists;
 using qvstest::read_file;
 using qvstest::write_file;
 using namespace vpntest;
@@ -148,16 +149,18 @@ TEST_F(VpnCommands, SetRouteAllReloadsTheListItWrote) {
     EXPECT_EQ(commands_run(), (Lines{"ipset flush vpn_mac3 2> /dev/null", "ipset add vpn_mac3 02:00:00:00:00:ab 2> /dev/null"}));
 }
 
-TEST_F(VpnCommands, LongIpTextIsCutWithTheCommandAt127Characters) {
+TEST_F(VpnCommands, IpTextTooLongForItsCommandIsRefused) {
     std::string ip(120, '1');
-    EXPECT_EQ(qvvpn_add_route_ip(3, ip.c_str()), 0);
-    std::string full = "ipset add vpn_ip3 " + ip + " 2> /dev/null";
-    EXPECT_EQ(commands_run(), Lines{full.substr(0, 127)});
-    EXPECT_EQ(read_file(kIp3), ip + "\n");  // the file keeps the whole text
+    EXPECT_EQ(qvvpn_add_route_ip(3, ip.c_str()), -1);
+    EXPECT_EQ(commands_run(), Lines{});
+    EXPECT_FALSE(exists(kIp3));
+    EXPECT_TRUE(journal_logged("qvvpn_add_route_ip", "refused text too long for its command line [" + ip + "]"));
+    write_file(kIp3, ip + "\n");
     journal_clear();
-    EXPECT_EQ(qvvpn_del_route_ip(3, ip.c_str()), 0);
-    std::string del = "ipset del vpn_ip3 " + ip + " 2> /dev/null";
-    EXPECT_EQ(commands_run(), (Lines{"sed -i '1d' " + kIp3, del.substr(0, 127)}));
+    EXPECT_EQ(qvvpn_del_route_ip(3, ip.c_str()), -1);
+    EXPECT_EQ(commands_run(), Lines{});
+    EXPECT_EQ(read_file(kIp3), ip + "\n");
+    EXPECT_TRUE(journal_logged("qvvpn_del_route_ip", "refused text too long for its command line [" + ip + "]"));
 }
 
 TEST_F(VpnCommands, TheSmallestIndexNamesFileAndSetWithPercentD) {

@@ -175,14 +175,15 @@ TEST(VpnRefusal, UnsafeTextLeavesExistingListsAlone) {
     EXPECT_EQ(all_commands(), std::vector<std::string>{});
 }
 
-TEST(VpnRefusal, DomainTextNeverReachesACommandAndIsKept) {
+TEST(VpnRefusal, DomainTextWithARefusedCharacterIsRefused) {
     prepare_dirs();
-    EXPECT_EQ(qvvpn_add_route_domain(3, "a.example;x"), 0);
+    EXPECT_EQ(qvvpn_add_route_domain(3, "a.example;x"), -1);
     char list[] = "b.example%c$d";
-    EXPECT_EQ(qvvpn_set_route_all(4, 1, list), 0);
-    EXPECT_EQ(read_file(domain_file(3)), "a.example;x\n");
-    EXPECT_EQ(read_file(dnsmasq_file(3)), "a.example;x vpn_domain3 1\n");
-    EXPECT_EQ(read_file(domain_file(4)), "b.example\nc$d\n");
+    EXPECT_EQ(qvvpn_set_route_all(4, 1, list), -1);
+    EXPECT_EQ(qvvpn_del_route_domain(3, "a.example\n"), -1);
+    EXPECT_FALSE(exists(domain_file(3)));
+    EXPECT_FALSE(exists(dnsmasq_file(3)));
+    EXPECT_FALSE(exists(domain_file(4)));
 }
 
 TEST(VpnRefusal, UnsafeMacLinesInAListFileAreLeftOutOfTheSet) {

@@ -74,7 +74,24 @@ TEST_F(VpnDnsmasq, TheSignalIsSigusr1QueuedWithTheValueFour) {
     std::string ps = qvstest::run("ps | grep dnsmasq | grep -v grep");
     ASSERT_NE(ps.find(std::to_string(fake.pid)), std::string::npos) << ps;
     EXPECT_EQ(qvvpn_add_route_domain(3, "a.example"), 0);
-    EXPECT_EQ(fake.report(), std::to_string(SIGUSR1) + " " + std::to_string(SI_QUEUE) + " 4");
+    EXPECT_EQ(fake.report(), std::to_string(SIGUSR1) + " " + std::to_string(SI_QUEUE) + " 4 4");
+}
+
+// The value's union is wider than its int on 64-bit hosts: the bytes beyond
+// the int are zero, not whatever the stack held (the stack is dirtied first).
+__attribute__((noinline)) void dirty_stack() {
+    volatile unsigned char junk[4096];
+    for (auto &b : junk) b = 0xA5;
+}
+
+TEST_F(VpnDnsmasq, TheWholeSignalValueIsSet) {
+    for (int i = 0; i < 3; ++i) {
+        FakeDnsmasq fake;
+        fake.start();
+        dirty_stack();
+        EXPECT_EQ(qvvpn_add_route_domain(3, "a.example"), i == 0 ? 0 : 1);
+        EXPECT_EQ(fake.report(), std::to_string(SIGUSR1) + " " + std::to_string(SI_QUEUE) + " 4 4");
+    }
 }
 
 TEST_F(VpnDnsmasq, NoDnsmasqRunningIsHarmless) {

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -238,8 +239,12 @@ void FakeDnsmasq::start() {
         (void)!::write(ready[1], "r", 1);
         siginfo_t info{};
         if (sigwaitinfo(&set, &info) != SIGUSR1) ::_exit(1);
-        char msg[64];
-        int len = std::snprintf(msg, sizeof msg, "%d %d %d", info.si_signo, info.si_code, info.si_value.sival_int);
+        char msg[96];
+        // The value as int, then the whole union as a pointer-wide number:
+        // every byte of it must have been set by the sender.
+        int len = std::snprintf(msg, sizeof msg, "%d %d %d %llu", info.si_signo, info.si_code,
+                                info.si_value.sival_int,
+                                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(info.si_value.sival_ptr)));
         (void)!::write(fds[1], msg, static_cast<size_t>(len));
         ::_exit(0);
     }
@@ -254,7 +259,7 @@ void FakeDnsmasq::start() {
 std::string FakeDnsmasq::report(int timeout_ms) {
     pollfd p{rd, POLLIN, 0};
     if (::poll(&p, 1, timeout_ms) != 1) return "";
-    char buf[64] = {};
+    char buf[96] = {};
     ssize_t n = ::read(rd, buf, sizeof buf - 1);
     return n > 0 ? std::string(buf, static_cast<size_t>(n)) : std::string();
 }

@@ -53,7 +53,8 @@ int start_dnsmasq(const std::string &log_path);
 void stop_process(int pid);
 
 // A process that ps lists as "dnsmasq" and that reports the first SIGUSR1's
-// signal number, si_code and value ("10 -1 4") through a pipe.
+// signal number, si_code, value and the value's whole union read as a
+// pointer-wide number ("10 -1 4 4") through a pipe.
 struct FakeDnsmasq {
     int pid = -1;
     int rd = -1;

@@ -1,0 +1,64 @@
+// The steering list readers and listings on arbitrary file content: the
+// input becomes a list file at its real path (inside the sandbox only) and
+// every listing of it must stay within the caller's buffer.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "fuzz_check.hpp"
+#include "qvs_utils.h"
+
+namespace {
+
+void put(const char *path, const uint8_t *data, size_t size) {
+    std::FILE *f = std::fopen(path, "wb");
+    FUZZ_CHECK(f != nullptr);
+    if (size > 0) FUZZ_CHECK(std::fwrite(data, 1, size, f) == size);
+    FUZZ_CHECK(std::fclose(f) == 0);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+    const char *sandbox = std::getenv("QVS_SANDBOX");
+    if (sandbox == nullptr || std::strcmp(sandbox, "1") != 0) {
+        std::fprintf(stderr, "fuzz_lists writes /userconfig: run it inside tests/sandbox/qvs-sandbox\n");
+        std::exit(1);
+    }
+    ::mkdir("/userconfig/config", 0755);
+    ::mkdir("/userconfig/config/qvvpn", 0755);
+    ::mkdir("/userconfig/config/approute", 0755);
+    ::mkdir("/userconfig/config/appfilter", 0755);
+    // One file written per input; the other two lists are links to it.
+    ::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/approute/approute_domain1");
+    ::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/appfilter/appfilter_mac1");
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    if (size < 1 || size > 8192) return 0;
+    const int outsize = 1 + data[0] * 4;
+    const uint8_t *body = data + 1;
+    const size_t len = size - 1;
+    put("/userconfig/config/qvvpn/VPN_IP_1", body, len);
+
+    std::vector<char> out(static_cast<size_t>(outsize));
+    int n = qvvpn_get_route_all(1, 0, out.data(), outsize);
+    FUZZ_CHECK(n >= 0);
+    FUZZ_CHECK(std::strlen(out.data()) < static_cast<size_t>(outsize));
+    std::vector<char> out2(static_cast<size_t>(outsize));
+    n = approute_get_route_all(1, 1, out2.data(), outsize);
+    FUZZ_CHECK(n >= 0);
+    FUZZ_CHECK(std::strlen(out2.data()) < static_cast<size_t>(outsize));
+    FUZZ_CHECK(approute_get_route_count(1, 1) >= 0);
+    std::vector<char> out3(static_cast<size_t>(outsize), '\0');
+    FUZZ_CHECK(appfilter_get_route_list(1, 2, out3.data(), outsize) == 0);
+    FUZZ_CHECK(std::memchr(out3.data(), 0, out3.size()) != nullptr);
+    return 0;
+}
