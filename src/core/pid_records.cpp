@@ -48,6 +48,15 @@ bool read_first_pid(std::FILE *out, int &pid) {
     return false;
 }
 
+constexpr const char *kLookup = "ps -ef | grep '%s' | grep -v grep";
+using LookupCommand = qvs::CommandBuffer<512>;
+
+// A name that would not leave the lookup line whole is refused: cut short,
+// the line would lose its "grep -v grep" (or its closing quote).
+bool refuse_long_name(const char *func, int line, const char *name) {
+    return qvs::refuse_long_text(func, line, name, qvs::formatted_length(kLookup, name), LookupCommand::size());
+}
+
 }  // namespace qvs::pid
 
 extern "C" {
@@ -57,8 +66,10 @@ int qvs_util_get_process_pid(const char *process_name) {
         return -1;
     if (QVS_REFUSE_UNSAFE(process_name))
         return -1;
-    qvs::CommandBuffer<512> cmd;
-    cmd.format("ps -ef | grep '%s' | grep -v grep", process_name);
+    if (qvs::pid::refuse_long_name(__func__, __LINE__, process_name))
+        return -1;
+    qvs::pid::LookupCommand cmd;
+    cmd.format(qvs::pid::kLookup, process_name);
     qvs::Pipe out(cmd.c_str(), "r");
     if (!out) {
         std::printf("qvs_util_get_process_pid() couln't popen:%s \n", cmd.c_str());
@@ -79,7 +90,7 @@ int qvs_util_recordProcessPid(const char *process_name) {
     }
     // The name goes on a shell command line: nothing is run or written for
     // a name that could change it.
-    if (QVS_REFUSE_UNSAFE(process_name))
+    if (QVS_REFUSE_UNSAFE(process_name) || qvs::pid::refuse_long_name(__func__, __LINE__, process_name))
         return -1;
     int pid = qvs_util_get_process_pid(process_name);
     qvs::pid::RecordPath path(process_name);

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <string>
+#include <vector>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -15,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "qvs_utils.h"
+#include "qvsim.h"
 #include "test_support.hpp"
 
 using qvstest::CaptureFd;
@@ -163,16 +165,32 @@ TEST_F(PidRecords, NameThatCouldChangeTheCommandIsRefused) {
     }
 }
 
-TEST_F(PidRecords, CommandLineIsCutAt511Characters) {
+TEST_F(PidRecords, LongestNameThatFitsRunsAndOneMoreIsRefused) {
     NamedProcess p(std::string(500, 'z') + "-longname");
     // "ps -ef | grep '" + 480 characters + "' | grep -v grep" is 511: whole.
     EXPECT_EQ(qvs_util_get_process_pid(std::string(480, 'z').c_str()), p.pid());
-    // With 496 characters the cut falls inside the name: the quote is never
-    // closed, the shell runs nothing and no PID is read.
+    // One more would cut the line short: refused, nothing run.
+    qvsim_journal_clear();
     CaptureFd out(1);
-    std::string name(496, 'z');
-    EXPECT_EQ(qvs_util_get_process_pid(name.c_str()), 0);
-    EXPECT_EQ(out.text(), "qvs_util_get_process_pid() process:" + name + " not find !\n");
+    std::string name(481, 'z');
+    EXPECT_EQ(qvs_util_get_process_pid(name.c_str()), -1);
+    EXPECT_EQ(out.text(), "");
+    std::vector<std::vector<std::string>> logs;
+    for (auto &f : qvstest::journal_fields())
+        if (!f.empty() && f[0] != "attach" && f[0] != "detach") logs.push_back(f);
+    ASSERT_EQ(logs.size(), 1u);
+    ASSERT_EQ(logs[0].size(), 6u);
+    EXPECT_EQ(logs[0][0], "log");
+    EXPECT_EQ(logs[0][2], "qvs_util_get_process_pid");
+    EXPECT_EQ(logs[0][4], "1");
+    EXPECT_EQ(logs[0][5], "refused text too long for its command line [" + name + "]\n");
+}
+
+TEST_F(PidRecords, RecordOfATooLongNameWritesNothing) {
+    std::string name(481, 'z');
+    EXPECT_EQ(qvs_util_recordProcessPid(name.c_str()), -1);
+    EXPECT_FALSE(exists(record_path(name)));
+    EXPECT_EQ(qvs_util_recordProcessPid(std::string(480, 'z').c_str()), 0);
 }
 
 TEST_F(PidRecords, RecordWritesThePidOfTheRunningProcess) {
