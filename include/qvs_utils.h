@@ -72,7 +72,8 @@ extern QVS_API int allow_direct_write_xmlShm;
  * output), -1 when the search could not be run (popen failed), the name is
  * NULL, or the name holds a character that could change the shell command
  * line (; & | ` $ < > ( ) \ ' " # or a line end; refused and logged at level
- * 1 without running anything). The command line is cut at 511 characters.
+ * 1 without running anything), or is so long (more than 480 characters) that
+ * the 512-byte command line would be cut short (refused the same way).
  * @param process_name text looked for in the process list; must not hold shell characters
  * @par Touches
  * runs one "ps" command line through popen; no store, no files. */
@@ -82,7 +83,8 @@ QVS_API int qvs_util_get_process_pid(const char *process_name);
  * (even 0 or -1) in decimal, without a newline, to
  * "/tmp/process_pid_<name>.pid" (path cut at 255 characters).
  * Returns 0 when the record was written; -1 for a NULL or empty name, a name
- * refused as unsafe for the shell (nothing looked up, nothing written), or a
+ * refused as unsafe for the shell or too long for the lookup line (nothing
+ * looked up, nothing written), or a
  * record file that cannot be opened for writing.
  * @param process_name process name, also the record file's name part
  * @par Touches
