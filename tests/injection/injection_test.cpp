@@ -13,34 +13,15 @@
 #include <gtest/gtest.h>
 
 #include "injection_table.hpp"
+#include "family_registry.hpp"
 #include "qvsim.h"
 #include "test_support.hpp"
 
 namespace injtest {
 
-namespace {
-std::vector<Family (*)()> &makers() {
-    static std::vector<Family (*)()> m;
-    return m;
-}
-}  // namespace
+bool add_family(Family (*make)()) { return qvstest::FamilyRegistry<Family>::add(make); }
 
-bool add_family(Family (*make)()) {
-    makers().push_back(make);
-    return true;
-}
-
-const std::vector<Family> &families() {
-    static const std::vector<Family> all = [] {
-        std::vector<Family> out;
-        for (auto make : makers()) out.push_back(make());
-        std::sort(out.begin(), out.end(), [](const Family &a, const Family &b) {
-            return std::string(a.name) < std::string(b.name);
-        });
-        return out;
-    }();
-    return all;
-}
+const std::vector<Family> &families() { return qvstest::FamilyRegistry<Family>::all(); }
 
 namespace {
 

@@ -13,11 +13,12 @@
 #include "libqv.h"
 #include "qvs_utils.h"
 #include "qvsim.h"
+#include "gateway_test.hpp"
 #include "test_support.hpp"
 
 namespace optest {
 
-using Lines = std::vector<std::string>;
+using qvstest::Lines;
 
 inline constexpr int kLanEth = 137;
 inline constexpr int kLanHost = 156;
@@ -39,30 +40,14 @@ inline std::string mac_text(const std::uint8_t *m) {
     return b;
 }
 
-class OperatorTest : public ::testing::Test {
+class OperatorTest : public qvstest::GatewayTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(qvstest::in_sandbox());
-        ASSERT_EQ(qvsim_reset(), 0);
-        ASSERT_EQ(qvsim_journal_clear(), 0);
-    }
-    void TearDown() override { qvsim_fault_clear(); }
-
-    static void ensure(int oid, const std::string &instance) {
-        if (!qvsim_exists(oid, instance.c_str())) {
-            ASSERT_EQ(qvsim_add_instance(oid, instance.c_str()), 0) << oid << " " << instance;
-        }
-    }
-    static void set(int oid, const std::string &instance, const char *param, const std::string &value) {
-        ASSERT_EQ(qvsim_set(oid, instance.c_str(), param, value.c_str()), 0) << oid << " " << instance << " " << param;
-    }
     static std::string get(int oid, const std::string &instance, const char *param) {
         char buf[512] = {};
         EXPECT_EQ(qvsim_get(oid, instance.c_str(), param, buf, sizeof buf), 0) << oid << " " << instance << " " << param;
         return buf;
     }
     static bool exists(int oid, const std::string &instance) { return qvsim_exists(oid, instance.c_str()) != 0; }
-    static void fault(const char *f) { ASSERT_EQ(qvsim_fault_add(f), 0) << f; }
     static void clear_journal() { ASSERT_EQ(qvsim_journal_clear(), 0); }
     static std::string device(const std::string &key) {
         char buf[256] = {};
@@ -72,31 +57,7 @@ protected:
 
     // Every journal line that is neither a log line nor an attach or detach,
     // fields joined by "|".
-    static Lines effects() {
-        Lines out;
-        for (const auto &f : qvstest::journal_fields()) {
-            if (f[0] == "log" || f[0] == "attach" || f[0] == "detach") continue;
-            std::string s;
-            for (std::size_t i = 0; i < f.size(); ++i) s += (i ? "|" : "") + f[i];
-            out.push_back(s);
-        }
-        return out;
-    }
-    // Log lines as "<func>|<level>|<message>"; each names the library's source unit.
-    static Lines logs() {
-        Lines out;
-        for (const auto &f : qvstest::journal_fields()) {
-            if (f[0] != "log") continue;
-            EXPECT_EQ(f.size(), 6u);
-            if (f.size() < 6) continue;
-            EXPECT_EQ(f[1], "qvs_utils.cpp");
-            out.push_back(f[2] + "|" + f[4] + "|" + f[5]);
-        }
-        return out;
-    }
-    static int count(const char *kind) { return qvsim_journal_count(kind); }
-    // A self-attaching call left nothing attached.
-    static void expect_balanced() { EXPECT_EQ(count("attach"), count("detach")); }
+    static Lines effects() { return qvstest::journal_joined({"log", "attach", "detach"}); }
 
     static std::string set_line(int oid, const std::string &instance, const char *param, const std::string &type,
                                 const std::string &value) {

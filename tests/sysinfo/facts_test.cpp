@@ -520,9 +520,9 @@ TEST_F(SwVersion, CopiesTheVersionText) {
     EXPECT_EQ(qvs_getSWVersion(dst), 0);
     EXPECT_STREQ(dst, "V3.1.4_QV_R9");
     EXPECT_EQ(logs(), Lines{"qvs_getSWVersion|5|xmlShm init success.\r\n"});
-    EXPECT_EQ(count_kind("attach"), 1);
-    EXPECT_EQ(count_kind("detach"), 1);
-    EXPECT_EQ(count_kind("set"), 0);
+    EXPECT_EQ(count("attach"), 1);
+    EXPECT_EQ(count("detach"), 1);
+    EXPECT_EQ(count("set"), 0);
 }
 
 TEST_F(SwVersion, TheLongestVersionText) {
@@ -538,8 +538,8 @@ TEST_F(SwVersion, AnEmptyVersionFails) {
     char dst[64] = "untouched";
     EXPECT_EQ(qvs_getSWVersion(dst), -1);
     EXPECT_STREQ(dst, "untouched");
-    EXPECT_EQ(count_kind("attach"), 1);
-    EXPECT_EQ(count_kind("detach"), 1);
+    EXPECT_EQ(count("attach"), 1);
+    EXPECT_EQ(count("detach"), 1);
 }
 
 TEST_F(SwVersion, AMissingObjectFails) {
@@ -548,7 +548,7 @@ TEST_F(SwVersion, AMissingObjectFails) {
     EXPECT_EQ(qvs_getSWVersion(dst), -1);
     EXPECT_STREQ(dst, "untouched");
     expect_balanced();
-    EXPECT_EQ(count_kind("detach"), 1);
+    EXPECT_EQ(count("detach"), 1);
 }
 
 TEST_F(SwVersion, AFailedAttachLogsAndFails) {
@@ -557,8 +557,8 @@ TEST_F(SwVersion, AFailedAttachLogsAndFails) {
     EXPECT_EQ(qvs_getSWVersion(dst), -1);
     EXPECT_STREQ(dst, "untouched");
     EXPECT_EQ(logs(), Lines{"qvs_getSWVersion|1|xmlShm init error.\r\n"});
-    EXPECT_EQ(count_kind("detach"), 0);
-    EXPECT_EQ(count_kind("attach"), 0);
+    EXPECT_EQ(count("detach"), 0);
+    EXPECT_EQ(count("attach"), 0);
 }
 
 }  // namespace

@@ -54,11 +54,11 @@ protected:
     }
     // Reads only: no store change, no attach of its own.
     static void expect_read_only() {
-        EXPECT_EQ(count_kind("attach"), 0);
-        EXPECT_EQ(count_kind("detach"), 0);
-        EXPECT_EQ(count_kind("set"), 0);
-        EXPECT_EQ(count_kind("save"), 0);
-        EXPECT_EQ(count_kind("log"), 0);
+        EXPECT_EQ(count("attach"), 0);
+        EXPECT_EQ(count("detach"), 0);
+        EXPECT_EQ(count("set"), 0);
+        EXPECT_EQ(count("save"), 0);
+        EXPECT_EQ(count("log"), 0);
     }
 };
 
