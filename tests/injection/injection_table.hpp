@@ -14,6 +14,13 @@ struct Row {
     const char *logged_as;  // the function whose refusal line is expected (a dispatcher logs its callee's)
     int (*call)(char *text);  // calls func with text in the argument under test
     int refused;            // result of a refused call (-1, or the function's own fixed result)
+    // Put before every hostile text, in the argument and in the expected
+    // refusal line, for an argument that must begin a certain way before its
+    // text is looked at (an Ethernet interface name begins with "eth").
+    const char *prefix;
+
+    Row(const char *func_, const char *logged_as_, int (*call_)(char *), int refused_, const char *prefix_ = "")
+        : func(func_), logged_as(logged_as_), call(call_), refused(refused_), prefix(prefix_) {}
 };
 
 struct Family {

@@ -82,7 +82,8 @@ TEST_P(Injection, EveryHostileTextIsRefusedWithoutEffect) {
     for (const Family &family : families()) {
         family.prepare(prefilled);
         for (const Row &row : family.rows) {
-            for (const std::string &text : hostile_texts()) {
+            for (const std::string &hostile : hostile_texts()) {
+                const std::string text = row.prefix + hostile;
                 SCOPED_TRACE(std::string(family.name) + ": " + row.func + " [" + text + "]");
                 const auto before = snapshot();
                 qvsim_journal_clear();
