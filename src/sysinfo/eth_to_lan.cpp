@@ -35,10 +35,8 @@ extern "C" {
 int qvsUtil_setEthToLan(const char *ifname, int vid) {
     if (ifname == nullptr || std::strncmp(ifname, "eth", 3) != 0) return kFail;
     if (QVS_REFUSE_UNSAFE(ifname)) return kFail;
-    if (std::snprintf(nullptr, 0, QVS_MTU_FORMAT, ifname) >= static_cast<int>(kCmdSize)) {
-        QVS_LOG(kLogError, "refused text too long for a command line [%s]\n", ifname);
+    if (refuse_long_text(__func__, __LINE__, ifname, formatted_length(QVS_MTU_FORMAT, ifname), kCmdSize))
         return kFail;
-    }
 
     char vlan[kVlanNameSize] = {};
     std::snprintf(vlan, sizeof vlan, "%s.%d", ifname, vid);

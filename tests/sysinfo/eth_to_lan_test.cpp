@@ -254,7 +254,7 @@ TEST_F(EthToLan, ANameTooLongForTheCommandLineIsRefused) {
     const std::string too_long = fits + "x";
     EXPECT_EQ(qvsUtil_setEthToLan(too_long.c_str(), 5), -1);
     expect_nothing_done();
-    EXPECT_EQ(logs(), Lines{"qvsUtil_setEthToLan|1|refused text too long for a command line [" + too_long + "]\n"});
+    EXPECT_EQ(logs(), Lines{"qvsUtil_setEthToLan|1|refused text too long for its command line [" + too_long + "]\n"});
     ASSERT_EQ(qvsim_journal_clear(), 0);
     EXPECT_EQ(qvsUtil_setEthToLan(fits.c_str(), 5), 0);
     const Lines done = effects();
