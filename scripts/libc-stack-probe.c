@@ -150,6 +150,15 @@ static void p_sys(void) {
     sink64 = v.f_blocks + si.totalram;
 }
 static void p_perror(void) { errno = 0; perror("\r"); }
+static void p_files3(void) {
+    FILE *f = fopen("/tmp/qvs-stack-probe.3", "w");
+    if (f) { fputs("abc\n", f); sink32 = (uint32_t)ferror(f); struct stat st; fstat(fileno(f), &st); fclose(f); }
+    truncate("/tmp/qvs-stack-probe.3", 1);
+    unlink("/tmp/qvs-stack-probe.3");
+    char b[16] = "a"; strcat(b, "bc"); sink32 += (uint32_t)strlen(b);
+}
+/* Short pauses: the frames are the same as for the algorithms' long ones. */
+static void p_sleeps(void) { sleep(0); usleep(1); }
 
 struct probe { const char *names; void (*fn)(void); };
 static const struct probe probes[] = {
@@ -176,6 +185,8 @@ static const struct probe probes[] = {
     {"statvfs sysinfo", p_sys},
 
     {"perror", p_perror},
+    {"ferror fstat truncate strcat", p_files3},
+    {"sleep usleep", p_sleeps},
 };
 
 static void *run(void *arg) { ((void (*)(void))arg)(); return NULL; }
