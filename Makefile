@@ -103,12 +103,17 @@ coverage: deps
 # fails the run. Suppressed: the simulator's own SQLite blocks, and the
 # "fishy" size of the two tests' deliberate huge allocations. Stacks of 40
 # frames, so that a suppression sees who called; a test program's own
-# calloc (it fails one allocation on demand) is left in place.
+# calloc (it fails one allocation on demand) is left in place. Every test's
+# time limit is multiplied for the run (memcheck is many times slower), and
+# put back afterwards.
 VALGRIND = valgrind --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,possible --show-leak-kinds=definite,possible \
 	--num-callers=40 --soname-synonyms=somalloc=nouserintercepts \
 	--suppressions=$(CURDIR)/tests/valgrind/qvsim-sqlite.supp --suppressions=$(CURDIR)/tests/valgrind/huge-allocations.supp --quiet
+VALGRIND_TIMEOUT_SCALE = 20
 valgrind: build-host
-	QVS_SANDBOX_WRAPPER="$(VALGRIND)" ctest --preset host --timeout 1200 $(VALGRIND_CTEST_ARGS)
+	cmake --preset host -DQVS_TEST_TIMEOUT_SCALE=$(VALGRIND_TIMEOUT_SCALE) >/dev/null
+	status=0; QVS_SANDBOX_WRAPPER="$(VALGRIND)" ctest --preset host $(VALGRIND_CTEST_ARGS) || status=$$?; \
+	cmake --preset host >/dev/null; exit $$status
 
 clean:
 	rm -rf build
