@@ -1,6 +1,7 @@
 // The steering list readers and listings on arbitrary file content: the
 // input becomes a list file at its real path (inside the sandbox only) and
 // every listing of it must stay within the caller's buffer.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,11 +17,15 @@
 
 namespace {
 
+// Rewrites the file in place and cuts it to the new length: truncating it
+// to nothing first makes tmpfs free its pages and zero new ones on every
+// input (about a tenth of this harness's time).
 void put(const char *path, const uint8_t *data, size_t size) {
-    std::FILE *f = std::fopen(path, "wb");
-    FUZZ_CHECK(f != nullptr);
-    if (size > 0) FUZZ_CHECK(std::fwrite(data, 1, size, f) == size);
-    FUZZ_CHECK(std::fclose(f) == 0);
+    const int fd = ::open(path, O_WRONLY | O_CREAT, 0644);
+    FUZZ_CHECK(fd >= 0);
+    if (size > 0) FUZZ_CHECK(::pwrite(fd, data, size, 0) == static_cast<ssize_t>(size));
+    FUZZ_CHECK(::ftruncate(fd, static_cast<off_t>(size)) == 0);
+    FUZZ_CHECK(::close(fd) == 0);
 }
 
 }  // namespace
