@@ -76,7 +76,9 @@ std::string printf_without_exe_link(bool *pidname) {
     pid_t child = ::fork();
     if (child == 0) {
         if (::unshare(CLONE_NEWNS) != 0) ::_exit(10);
-        if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) ::_exit(11);
+        // Source and type mean nothing to a propagation change or a remount;
+        // they are named all the same, since memcheck checks every string.
+        if (::mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0) ::_exit(11);
         if (::mount("none", "/proc", "tmpfs", 0, nullptr) != 0) ::_exit(12);
         if (::mount("none", exe_dir.c_str(), "tmpfs", 0, nullptr) != 0) ::_exit(13);
         int fd = ::open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);

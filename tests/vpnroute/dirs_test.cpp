@@ -114,7 +114,7 @@ TEST(VpnDirectory, ReadOnlyPersistentPartitionKeepsTheLists) {
     write_file(ip_file(3), "10.1.1.1\n");
     write_file(domain_file(3), "a.example\n");
     write_file(mac_file(3), "aabbccddeeff\n");
-    ASSERT_EQ(::mount(nullptr, "/userconfig", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    ASSERT_EQ(::mount("none", "/userconfig", "none", MS_REMOUNT | MS_RDONLY, nullptr), 0);
     CaptureFd err(2);
     EXPECT_EQ(qvvpn_flush_route_ip(3), -1);
     EXPECT_EQ(qvvpn_flush_route_domain(3), -1);

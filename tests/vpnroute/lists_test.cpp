@@ -138,7 +138,7 @@ TEST_F(VpnLists, NoDomainListMeansNoDnsmasqFile) {
 }
 
 TEST_F(VpnLists, DnsmasqDirectoryThatCannotBeCreatedIsLoggedAndIgnored) {
-    ASSERT_EQ(::mount(nullptr, "/etc/dnsmasq", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    ASSERT_EQ(::mount("none", "/etc/dnsmasq", "none", MS_REMOUNT | MS_RDONLY, nullptr), 0);
     CaptureFd err(2);
     EXPECT_EQ(qvvpn_add_route_domain(3, "example.com"), 0);
     EXPECT_TRUE(logged(err.text(), "update_dnsmasq_ipset_conf", "creat dnsmasq ipset dir error.\n"));

@@ -30,7 +30,7 @@ TEST(VpnDnsmasqHost, FailingPopenIsReportedOnStandardOutputAndNoSignalIsSent) {
     fake.start();
     // The shell cannot be started: every popen (and command) fails.
     write_file("/tmp/not-a-shell", "not a program\n");
-    ASSERT_EQ(::mount("/tmp/not-a-shell", "/bin/sh", nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(::mount("/tmp/not-a-shell", "/bin/sh", "none", MS_BIND, nullptr), 0);
     CaptureFd out(1);
     int r = qvvpn_add_route_domain(3, "a.example");
     std::string text = out.text();
@@ -49,7 +49,7 @@ TEST(VpnDnsmasqHost, StatisticsWithAFailingPopenCountZero) {
     ASSERT_EQ(qvvpn_get_statistics(3, 0, out, sizeof out), 0);
     ASSERT_STREQ(out, "10.1.1.1@5%10.2.2.2@0");
     write_file("/tmp/not-a-shell", "not a program\n");
-    ASSERT_EQ(::mount("/tmp/not-a-shell", "/bin/sh", nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(::mount("/tmp/not-a-shell", "/bin/sh", "none", MS_BIND, nullptr), 0);
     int r = qvvpn_get_statistics(3, 0, out, sizeof out);
     ASSERT_EQ(::umount("/bin/sh"), 0);
     EXPECT_EQ(r, 0);
