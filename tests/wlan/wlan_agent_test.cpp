@@ -233,8 +233,12 @@ TEST_F(AgentTest, NoSocketIsReportedAndGivesMinusOne) {
     ASSERT_GE(pid, 0);
     if (pid == 0) {
         ::dup2(out[1], 2);
-        struct rlimit none = {0, 0};
-        ::setrlimit(RLIMIT_NOFILE, &none);  // no new descriptor at all
+        // No new descriptor at all: the soft limit 0 (the hard limit kept,
+        // which memcheck requires of a program).
+        struct rlimit none = {};
+        ::getrlimit(RLIMIT_NOFILE, &none);
+        none.rlim_cur = 0;
+        ::setrlimit(RLIMIT_NOFILE, &none);
         int r = communicate_to_wlan_agent("abc", 3);
         ::_exit(r == -1 ? 0 : 1);
     }
