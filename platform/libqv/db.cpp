@@ -170,7 +170,8 @@ sqlite3 *db() {
     const char *dir = qvsim_common::state_dir();
     if (g_db != nullptr && (g_db_pid != ::getpid() || g_db_dir != dir)) {
         // Inherited from a parent process (or another state directory): the
-        // connection must not be used here; drop it without closing.
+        // connection must not be used here; an inherited one is set aside
+        // without closing, one of another directory is closed.
         if (g_db_pid == ::getpid())
             sqlite3_close_v2(g_db);
         else
