@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -19,7 +21,7 @@ bool sync_dir(const char *dir) {
 }
 
 bool sync_parent_dir(const char *path) {
-    char dir[160];
+    char dir[288];
     std::snprintf(dir, sizeof dir, "%s", path);
     char *slash = std::strrchr(dir, '/');
     if (slash == nullptr) return sync_dir(".");
@@ -30,8 +32,19 @@ bool sync_parent_dir(const char *path) {
 
 FileRewrite::FileRewrite(const char *path, Durability d) : f_(nullptr), durability_(d) {
     std::snprintf(path_, sizeof path_, "%s", path);
-    // A path of at most 127 characters and a pid of at most 10 digits fit.
-    std::snprintf(tmp_, sizeof tmp_, "%s.%d.new", path_, static_cast<int>(::getpid()));
+    // A directory in the file's place fails as an open for writing would.
+    struct stat st = {};
+    if (::stat(path_, &st) == 0 && S_ISDIR(st.st_mode)) return;
+    // "<path>.<thread id>.new" (the process id in a single-threaded caller);
+    // where that name would be too long for its directory, ".<id>.new" in
+    // the same directory.
+    const int id = static_cast<int>(::syscall(SYS_gettid));
+    const char *slash = std::strrchr(path_, '/');
+    const char *base = slash != nullptr ? slash + 1 : path_;
+    if (std::strlen(base) + 16 <= NAME_MAX)
+        std::snprintf(tmp_, sizeof tmp_, "%s.%d.new", path_, id);
+    else
+        std::snprintf(tmp_, sizeof tmp_, "%.*s.%d.new", static_cast<int>(base - path_), path_, id);
     f_ = std::fopen(tmp_, "we");
 }
 

@@ -41,8 +41,8 @@ public:
 
 private:
     void discard();
-    char path_[128];
-    char tmp_[160];
+    char path_[256];
+    char tmp_[288];
     std::FILE *f_;
     Durability durability_;
 };

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "core/command.hpp"
+#include "core/list_lock.hpp"
 #include "core/log.hpp"
 #include "steering/approute_common.hpp"
 #include "steering/list_file.hpp"
@@ -155,6 +156,11 @@ bool any_item_too_long(const char *func, int n, unsigned type, const char *list)
     do { \
         if ((text) == nullptr || QVS_REFUSE_UNSAFE(text)) return -1; \
     } while (0)
+// The rule index's three lists and the module's copy: one writer at a time,
+// held for the whole call.
+#define LOCK_RULE(n) \
+    qvs::ListLock rule_lock(__func__, "appfilter", (n)); \
+    if (!rule_lock) return -1
 // Added items must also fit their ADD_DATA line.
 #define APPFILTER_CHECK_ADDED(n, type, text) \
     do { \
@@ -168,6 +174,7 @@ bool any_item_too_long(const char *func, int n, unsigned type, const char *list)
 using namespace qvs::steering;
 
 extern "C" int update_data_list_to_appfilter_module(int n, unsigned int type) {
+    LOCK_RULE(n);
     Path path;
     list_path(path, n, type);
     qvs::File f(path.c_str(), "r");
@@ -201,39 +208,57 @@ extern "C" {
 
 int appfilter_add_route_iplist(int n, char *list) {
     APPFILTER_CHECK_ADDED(n, kTypeIp, list);
+    LOCK_RULE(n);
     return edit_list(n, kTypeIp, list, true, __func__);
 }
 
 int appfilter_add_route_domainlist(int n, char *list) {
     APPFILTER_CHECK_ADDED(n, kTypeDomain, list);
+    LOCK_RULE(n);
     return edit_list(n, kTypeDomain, list, true, __func__);
 }
 
 int appfilter_add_route_maclist(int n, char *list) {
     APPFILTER_CHECK_ADDED(n, kTypeMac, list);
+    LOCK_RULE(n);
     return edit_list(n, kTypeMac, list, true, __func__);
 }
 
 int appfilter_del_route_iplist(int n, char *list) {
     APPFILTER_CHECK_TEXT(list);
+    LOCK_RULE(n);
     return edit_list(n, kTypeIp, list, false, __func__);
 }
 
 int appfilter_del_route_domainlist(int n, char *list) {
     APPFILTER_CHECK_TEXT(list);
+    LOCK_RULE(n);
     return edit_list(n, kTypeDomain, list, false, __func__);
 }
 
 int appfilter_del_route_maclist(int n, char *list) {
     APPFILTER_CHECK_TEXT(list);
+    LOCK_RULE(n);
     return edit_list(n, kTypeMac, list, false, __func__);
 }
 
-int appfilter_flush_route_ip(int n) { return flush_list(n, kTypeIp, __func__); }
-int appfilter_flush_route_domain(int n) { return flush_list(n, kTypeDomain, __func__); }
-int appfilter_flush_route_mac(int n) { return flush_list(n, kTypeMac, __func__); }
+int appfilter_flush_route_ip(int n) {
+    LOCK_RULE(n);
+    return flush_list(n, kTypeIp, __func__);
+}
+
+int appfilter_flush_route_domain(int n) {
+    LOCK_RULE(n);
+    return flush_list(n, kTypeDomain, __func__);
+}
+
+int appfilter_flush_route_mac(int n) {
+    LOCK_RULE(n);
+    return flush_list(n, kTypeMac, __func__);
+}
 
 int appfilter_add_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n);
     switch (type) {
         case kTypeIp: return appfilter_add_route_iplist(n, list);
         case kTypeDomain: return appfilter_add_route_domainlist(n, list);
@@ -243,6 +268,7 @@ int appfilter_add_route_list(int n, unsigned int type, char *list) {
 }
 
 int appfilter_del_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n);
     switch (type) {
         case kTypeIp: return appfilter_del_route_iplist(n, list);
         case kTypeDomain: return appfilter_del_route_domainlist(n, list);
@@ -252,6 +278,7 @@ int appfilter_del_route_list(int n, unsigned int type, char *list) {
 }
 
 int appfilter_flush_route_list(int n, unsigned int type) {
+    LOCK_RULE(n);
     switch (type) {
         case kTypeIp: return appfilter_flush_route_ip(n);
         case kTypeDomain: return appfilter_flush_route_domain(n);
@@ -261,6 +288,7 @@ int appfilter_flush_route_list(int n, unsigned int type) {
 }
 
 int appfilter_get_route_list(int n, int type, char *out, int size) {
+    LOCK_RULE(n);
     if (::access(kAppFilterDir, W_OK) != 0) return -1;
     if (out == nullptr || size < 1) return -1;
     Path path;

@@ -10,6 +10,8 @@
 #include <cstring>
 
 #include "core/command.hpp"
+#include "core/list_lock.hpp"
+#include "core/list_text.hpp"
 #include "core/log.hpp"
 #include "steering/approute_common.hpp"
 #include "steering/list_file.hpp"
@@ -165,25 +167,45 @@ int flush_one(int n, unsigned api_type, const char *func) {
     return 0;
 }
 
-// Line k of the file (256-byte buffer, line end kept); false when unread.
-bool read_line(const char *path, int k, char (&line)[256]) {
-    File f(path, "r");
-    if (!f) return false;
-    for (int i = 1; i <= k; ++i)
-        if (std::fgets(line, sizeof line, f.get()) == nullptr) return false;
-    return true;
-}
+// The list variants edit the list's text in memory and write it back once
+// at the end (one durable append or rewrite), so a power cut leaves the old
+// or the new list; the commands go out in the same order as item by item.
 
 // The domain replacement rule: an item found in a line replaces that line
-// (which moves an equal entry to the end of the file).
-int replace_domain(int n, const char *path, char *item, const char *func) {
-    int k = find_line_in_file(path, item);
-    if (k == 0) return append_list_line(func, path, item);
+// (which moves an equal entry to the end of the list). The delete and add
+// it makes are those of approute_del_route_domain and
+// approute_add_route_domain, with their names in the log.
+int replace_domain(int n, ListText &text, const Path &path, char *item) {
+    constexpr char kDelFunc[] = "approute_del_route_domain";
+    constexpr char kAddFunc[] = "approute_add_route_domain";
+    int k = text.find(item);
+    if (k == 0) return text.append_line(item) ? 0 : -1;
     char line[256] = {};
-    if (!read_line(path, k, line)) return 0;
+    if (!text.piece(k, line, sizeof line)) return 0;
     if (std::strcmp(line, item) == 0) return 0;
-    del_one(n, kTypeDomain, line, "approute_del_route_domain");
-    return add_one(n, kTypeDomain, item, "approute_add_route_domain") < 0 ? -1 : 0;
+    const int ktype = kernel_type(kTypeDomain);
+    if (!del_too_long(kDelFunc, n, ktype, line) && dir_step(ListDir::kAppRoute, kDelFunc) == DirStep::kPresent) {
+        const int kk = text.find(line);
+        if (kk != 0) {
+            if (text.remove_line(kk))
+                approute_echo_del(kDelFunc, n, ktype, line);
+            else
+                QVS_LOG_AS(kDelFunc, qvs::kLogError, "delete line %d of %s failed.\n", kk, path.c_str());
+        }
+    }
+    if (add_too_long(kAddFunc, n, ktype, item)) return -1;
+    if (dir_step(ListDir::kAppRoute, kAddFunc) == DirStep::kFailed) return -1;
+    if (text.find(item) != 0) return 0;
+    if (!text.append_line(item)) return -1;
+    approute_echo_add(kAddFunc, n, ktype, item);
+    return 0;
+}
+
+// Writes the edited list back; "open file %s failed.\n" when that fails.
+int write_back(const char *func, const ListText &text, const Path &path) {
+    if (text.write_back(path.c_str())) return 0;
+    QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path.c_str());
+    return -1;
 }
 
 int add_list(int n, unsigned api_type, char *list, const char *func) {
@@ -200,16 +222,31 @@ int add_list(int n, unsigned api_type, char *list, const char *func) {
     } else {
         approute_echo_add(func, n, kernel_type(api_type), list);
     }
+    // As before, the module hears of the list even when the file fails.
+    ListText text;
+    if (!text.load(path.c_str())) {
+        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path.c_str());
+        return -1;
+    }
+    int result = 0;
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
         if (api_type == kTypeDomain) {
-            if (replace_domain(n, path.c_str(), item, func) != 0) return -1;
+            if (replace_domain(n, text, path, item) != 0) {
+                result = -1;
+                break;
+            }
             continue;
         }
-        if (search(path.c_str(), api_type, item) != 0) continue;
-        if (append_list_line(func, path.c_str(), item) != 0) return -1;
+        if (text.find(item, api_type == kTypeMac) != 0) continue;
+        if (!text.append_line(item)) {
+            result = -1;
+            break;
+        }
     }
-    return 0;
+    // What was added before a failure is still written, as item by item.
+    if (write_back(func, text, path) != 0) return -1;
+    return result;
 }
 
 int del_list(int n, unsigned api_type, char *list, const char *func) {
@@ -221,11 +258,20 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
     list_path(path, n, api_type);
     if (api_type == kTypeMac) str_tolower(list);
     approute_echo_del(func, n, kernel_type(api_type), list);
+    ListText text;
+    if (!text.load(path.c_str())) return 0;
+    int first = 0;  // the first line removed: named when the rewrite fails
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
-        int k = search(path.c_str(), api_type, item);
-        if (k != 0) delete_list_line(func, k, path.c_str());
+        int k = text.find(item, api_type == kTypeMac);
+        if (k == 0) continue;
+        if (!text.remove_line(k))
+            QVS_LOG_AS(func, qvs::kLogError, "delete line %d of %s failed.\n", k, path.c_str());
+        else if (first == 0)
+            first = k;
     }
+    if (!text.write_back(path.c_str()))
+        QVS_LOG_AS(func, qvs::kLogError, "delete line %d of %s failed.\n", first, path.c_str());
     return 0;
 }
 
@@ -234,6 +280,12 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
     do { \
         if ((text) == nullptr || QVS_REFUSE_UNSAFE(text)) return -1; \
     } while (0)
+
+// The rule index's three lists and the module's copy: one writer at a time,
+// held for the whole call (fail is the function's failure result).
+#define LOCK_RULE(n, fail) \
+    qvs::ListLock rule_lock(__func__, "approute", (n)); \
+    if (!rule_lock) return (fail)
 
 }  // namespace
 }  // namespace qvs::steering
@@ -244,69 +296,93 @@ extern "C" {
 
 int approute_add_route_ip(int n, char *ip) {
     APPROUTE_CHECK_TEXT(ip);
+    LOCK_RULE(n, -1);
     return add_one(n, kTypeIp, ip, __func__);
 }
 
 int approute_add_route_domain(int n, char *domain) {
     APPROUTE_CHECK_TEXT(domain);
+    LOCK_RULE(n, -1);
     return add_one(n, kTypeDomain, domain, __func__);
 }
 
 int approute_add_route_mac(int n, char *mac) {
     APPROUTE_CHECK_TEXT(mac);
+    LOCK_RULE(n, -1);
     return add_one(n, kTypeMac, mac, __func__);
 }
 
 int approute_del_route_ip(int n, char *ip) {
     APPROUTE_CHECK_TEXT(ip);
+    LOCK_RULE(n, -1);
     return del_one(n, kTypeIp, ip, __func__);
 }
 
 int approute_del_route_domain(int n, char *domain) {
     APPROUTE_CHECK_TEXT(domain);
+    LOCK_RULE(n, -1);
     return del_one(n, kTypeDomain, domain, __func__);
 }
 
 int approute_del_route_mac(int n, char *mac) {
     APPROUTE_CHECK_TEXT(mac);
+    LOCK_RULE(n, -1);
     return del_one(n, kTypeMac, mac, __func__);
 }
 
-int approute_flush_route_ip(int n) { return flush_one(n, kTypeIp, __func__); }
-int approute_flush_route_domain(int n) { return flush_one(n, kTypeDomain, __func__); }
-int approute_flush_route_mac(int n) { return flush_one(n, kTypeMac, __func__); }
+int approute_flush_route_ip(int n) {
+    LOCK_RULE(n, -1);
+    return flush_one(n, kTypeIp, __func__);
+}
+
+int approute_flush_route_domain(int n) {
+    LOCK_RULE(n, -1);
+    return flush_one(n, kTypeDomain, __func__);
+}
+
+int approute_flush_route_mac(int n) {
+    LOCK_RULE(n, -1);
+    return flush_one(n, kTypeMac, __func__);
+}
 
 int approute_add_route_iplist(int n, char *list) {
     APPROUTE_CHECK_TEXT(list);
+    LOCK_RULE(n, -1);
     return add_list(n, kTypeIp, list, __func__);
 }
 
 int approute_add_route_domainlist(int n, char *list) {
     APPROUTE_CHECK_TEXT(list);
+    LOCK_RULE(n, -1);
     return add_list(n, kTypeDomain, list, __func__);
 }
 
 int approute_add_route_maclist(int n, char *list) {
     APPROUTE_CHECK_TEXT(list);
+    LOCK_RULE(n, -1);
     return add_list(n, kTypeMac, list, __func__);
 }
 
 int approute_del_route_iplist(int n, char *list) {
     APPROUTE_CHECK_TEXT(list);
+    LOCK_RULE(n, -1);
     return del_list(n, kTypeIp, list, __func__);
 }
 
 int approute_del_route_domainlist(int n, char *list) {
     APPROUTE_CHECK_TEXT(list);
+    LOCK_RULE(n, -1);
     return del_list(n, kTypeDomain, list, __func__);
 }
 
 int approute_del_route_maclist(int n, char *list) {
     APPROUTE_CHECK_TEXT(list);
+    LOCK_RULE(n, -1);
     return del_list(n, kTypeMac, list, __func__);
 }
 
 int approute_add_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n, 0);
     switch (type) {
         case kTypeIp: approute_add_route_iplist(n, list); break;
         case kTypeDomain: approute_add_route_domainlist(n, list); break;
@@ -317,6 +393,7 @@ int approute_add_route_list(int n, unsigned int type, char *list) {
 }
 
 int approute_del_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n, 0);
     switch (type) {
         case kTypeIp: approute_del_route_iplist(n, list); break;
         case kTypeDomain: approute_del_route_domainlist(n, list); break;
@@ -332,6 +409,7 @@ int approute_set_route_all(int n, unsigned int type, char *list) {
     const int ktype = kernel_type(type);
     // The MAC list goes out as its 577-byte copy, which always fits.
     if (file_prefix(type) != nullptr && type != kTypeMac && add_too_long(__func__, n, ktype, list)) return -1;
+    LOCK_RULE(n, -1);
     if (dir_step(ListDir::kAppRoute, __func__) == DirStep::kFailed) return -1;
     if (file_prefix(type) == nullptr) return -1;
     Path path;
@@ -357,6 +435,7 @@ int approute_set_route_all(int n, unsigned int type, char *list) {
 }
 
 int approute_reload_route(int n) {
+    LOCK_RULE(n, -1);
     DirStep step = dir_step(ListDir::kAppRoute, __func__);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
@@ -378,6 +457,7 @@ int approute_reload_route(int n) {
 }
 
 int approute_get_route_all(int n, unsigned int type, char *out, int size) {
+    LOCK_RULE(n, -1);
     DirStep step = dir_step(ListDir::kAppRoute, __func__);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
@@ -390,6 +470,7 @@ int approute_get_route_all(int n, unsigned int type, char *out, int size) {
 }
 
 int approute_get_route_count(int n, int type) {
+    LOCK_RULE(n, 0);
     if (::access(kAppRouteDir, W_OK) != 0) return 0;
     Path path;
     list_path(path, n, type >= 0 ? static_cast<unsigned>(type) : 3u);
