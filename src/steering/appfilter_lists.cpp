@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/comma_list.hpp"
 #include "core/command.hpp"
 #include "core/list_lock.hpp"
 #include "core/log.hpp"
@@ -130,43 +131,29 @@ int flush_list(int n, unsigned type, const char *func) {
 #define APPFILTER_ADD_LINE "echo ADD_DATA index:%d type:%d list:%.*s > %s"
 constexpr std::size_t kCmdSize = 128;
 
-// Length of the ADD_DATA line of one item (len characters of item).
-int add_line_length(int n, unsigned type, const char *item, int len) {
-    return qvs::formatted_length(APPFILTER_ADD_LINE, n, static_cast<int>(type) + 1, len, item, kRuleFile);
+// Characters of one item that fit its ADD_DATA line (128 bytes): the module
+// takes one item per line.
+int item_room(int n, unsigned type) {
+    return qvs::list_room(kCmdSize, qvs::formatted_length(APPFILTER_ADD_LINE, n, static_cast<int>(type) + 1, 0, "",
+                                                          kRuleFile));
 }
 
-// True, after a level-1 line under func, when an item of the caller's
-// comma-joined list would make its ADD_DATA line longer than the 128-byte
-// command buffer (such a line is never run). The list is not changed.
-bool any_item_too_long(const char *func, int n, unsigned type, const char *list) {
-    const char *p = list;
-    while (*p != '\0') {
-        const std::size_t len = std::strcspn(p, ",");
-        if (len > 0 &&
-            qvs::refuse_long_text(func, __LINE__, list, add_line_length(n, type, p, static_cast<int>(len)), kCmdSize))
-            return true;
-        p += len;
-        if (*p == ',') ++p;
-    }
-    return false;
+// The gates of the entry points: no line end anywhere; every added item
+// must fit an ADD_DATA line of its own (a delete sends no item lines: the
+// list left is replayed from the file).
+bool gate_added(const char *func, int n, unsigned type, char *list) {
+    return qvs::comma_list_gate(func, __LINE__, list, item_room(n, type), qvs::LongItem::kRefuse,
+                                qvs::TrailingLineEnd::kRefused);
+}
+bool gate_deleted(const char *func, char *list) {
+    return qvs::comma_list_gate(func, __LINE__, list, 0, qvs::LongItem::kSkip, qvs::TrailingLineEnd::kRefused);
 }
 
-// Caller text: null is refused, and so is text that could change a command line.
-#define APPFILTER_CHECK_TEXT(text) \
-    do { \
-        if ((text) == nullptr || QVS_REFUSE_UNSAFE(text)) return -1; \
-    } while (0)
 // The rule index's three lists and the module's copy: one writer at a time,
 // held for the whole call.
 #define LOCK_RULE(n) \
     qvs::ListLock rule_lock(__func__, "appfilter", (n)); \
     if (!rule_lock) return -1
-// Added items must also fit their ADD_DATA line.
-#define APPFILTER_CHECK_ADDED(n, type, text) \
-    do { \
-        APPFILTER_CHECK_TEXT(text); \
-        if (any_item_too_long(__func__, (n), (type), (text))) return -1; \
-    } while (0)
 
 }  // namespace
 }  // namespace qvs::steering
@@ -191,15 +178,17 @@ extern "C" int update_data_list_to_appfilter_module(int n, unsigned int type) {
     libqv_dosystem(cmd.c_str());
     if (list.get()[0] == '\0') return 0;
     char *save = nullptr;
+    const int room = item_room(n, type);
     for (char *item = ::strtok_r(list.get(), ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
         // The file is not caller text, but it must not run commands either,
         // nor a line cut short: such an item is skipped (logged).
-        const int len = static_cast<int>(std::strlen(item));
-        if (QVS_REFUSE_UNSAFE(item) ||
-            qvs::refuse_long_text(__func__, __LINE__, item, add_line_length(n, type, item, len), kCmdSize))
+        if (!qvs::comma_list_gate(__func__, __LINE__, item, room, qvs::LongItem::kSkip,
+                                  qvs::TrailingLineEnd::kRefused))
             continue;
-        cmd.format(APPFILTER_ADD_LINE, n, mtype, len, item, kRuleFile);
-        libqv_dosystem(cmd.c_str());
+        qvs::for_each_list_line(__func__, item, room, [&cmd, n, mtype](const char *piece, int len) {
+            cmd.format(APPFILTER_ADD_LINE, n, mtype, len, piece, kRuleFile);
+            libqv_dosystem(cmd.c_str());
+        });
     }
     return 0;
 }
@@ -207,37 +196,37 @@ extern "C" int update_data_list_to_appfilter_module(int n, unsigned int type) {
 extern "C" {
 
 int appfilter_add_route_iplist(int n, char *list) {
-    APPFILTER_CHECK_ADDED(n, kTypeIp, list);
+    if (!gate_added(__func__, n, kTypeIp, list)) return -1;
     LOCK_RULE(n);
     return edit_list(n, kTypeIp, list, true, __func__);
 }
 
 int appfilter_add_route_domainlist(int n, char *list) {
-    APPFILTER_CHECK_ADDED(n, kTypeDomain, list);
+    if (!gate_added(__func__, n, kTypeDomain, list)) return -1;
     LOCK_RULE(n);
     return edit_list(n, kTypeDomain, list, true, __func__);
 }
 
 int appfilter_add_route_maclist(int n, char *list) {
-    APPFILTER_CHECK_ADDED(n, kTypeMac, list);
+    if (!gate_added(__func__, n, kTypeMac, list)) return -1;
     LOCK_RULE(n);
     return edit_list(n, kTypeMac, list, true, __func__);
 }
 
 int appfilter_del_route_iplist(int n, char *list) {
-    APPFILTER_CHECK_TEXT(list);
+    if (!gate_deleted(__func__, list)) return -1;
     LOCK_RULE(n);
     return edit_list(n, kTypeIp, list, false, __func__);
 }
 
 int appfilter_del_route_domainlist(int n, char *list) {
-    APPFILTER_CHECK_TEXT(list);
+    if (!gate_deleted(__func__, list)) return -1;
     LOCK_RULE(n);
     return edit_list(n, kTypeDomain, list, false, __func__);
 }
 
 int appfilter_del_route_maclist(int n, char *list) {
-    APPFILTER_CHECK_TEXT(list);
+    if (!gate_deleted(__func__, list)) return -1;
     LOCK_RULE(n);
     return edit_list(n, kTypeMac, list, false, __func__);
 }

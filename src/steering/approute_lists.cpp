@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/comma_list.hpp"
 #include "core/command.hpp"
 #include "core/list_lock.hpp"
 #include "core/list_text.hpp"
@@ -48,57 +49,68 @@ void list_path(Path &path, int n, unsigned api_type) {
         path.format("%s", "");
 }
 
-void strip_line_end(char *text) {
-    std::size_t len = std::strlen(text);
-    if (len > 0 && text[len - 1] == '\n') text[len - 1] = '\0';
-}
-
 #define APPROUTE_ADD_LINE "echo ADD_DATA index:%d type:%d list:%.*s > %s"
 #define APPROUTE_DEL_LINE "echo DEL_DATA index:%d type:%d list:%.*s > %s"
 constexpr std::size_t kAddLineSize = 1024;
 constexpr std::size_t kDelLineSize = 128;
+// A MAC list goes out through a lower-cased copy of 577 bytes.
+constexpr std::size_t kMacCopySize = 577;
 
-// Length of text without one trailing line end (removed before it is sent).
-int sent_length(const char *text) {
-    std::size_t len = std::strlen(text);
-    if (len > 0 && text[len - 1] == '\n') --len;
-    return static_cast<int>(len);
+// Characters of list text that fit one ADD_DATA (1024-byte) or DEL_DATA
+// (128-byte) line of rule n and kernel type ktype.
+int add_room(int n, int ktype) {
+    return qvs::list_room(kAddLineSize, qvs::formatted_length(APPROUTE_ADD_LINE, n, ktype, 0, "", kRuleFile));
+}
+int del_room(int n, int ktype) {
+    return qvs::list_room(kDelLineSize, qvs::formatted_length(APPROUTE_DEL_LINE, n, ktype, 0, "", kRuleFile));
+}
+// An ADD_DATA line made from the MAC list's copy also fits the copy.
+int mac_copy_room(int n) {
+    const int room = add_room(n, 3);
+    return room < static_cast<int>(kMacCopySize) - 1 ? room : static_cast<int>(kMacCopySize) - 1;
 }
 
-// True, after a level-1 line under func, when the ADD_DATA (1024 bytes) or
-// DEL_DATA (128 bytes) line of text would not fit its buffer: such a line
-// is never run.
-bool add_too_long(const char *func, int n, int ktype, const char *text) {
-    const int len = qvs::formatted_length(APPROUTE_ADD_LINE, n, ktype, sent_length(text), text, kRuleFile);
-    return qvs::refuse_long_text(func, __LINE__, text, len, kAddLineSize);
-}
-bool del_too_long(const char *func, int n, int ktype, const char *text) {
-    const int len = qvs::formatted_length(APPROUTE_DEL_LINE, n, ktype, sent_length(text), text, kRuleFile);
-    return qvs::refuse_long_text(func, __LINE__, text, len, kDelLineSize);
+void dash_to_colon(char *text) {
+    for (char *p = text; *p != '\0'; ++p)
+        if (*p == '-') *p = ':';
 }
 
-// ADD_DATA of one item or a comma-joined list (1024-byte command line).
-// Text that would change the line or not fit it is not sent (-1).
-int approute_echo_add(const char *func, int n, int ktype, char *text) {
-    strip_line_end(text);
-    if (ktype == 3)
-        for (char *p = text; *p != '\0'; ++p)
-            if (*p == '-') *p = ':';
-    if (qvs::refuse_unsafe_text(func, __LINE__, text) || add_too_long(func, n, ktype, text)) return -1;
+void run_add_line(int n, int ktype, const char *piece, int len) {
     qvs::CommandBuffer<kAddLineSize> cmd;
-    cmd.format(APPROUTE_ADD_LINE, n, ktype, sent_length(text), text, kRuleFile);
+    cmd.format(APPROUTE_ADD_LINE, n, ktype, len, piece, kRuleFile);
     qv_do_cmd(cmd.c_str());
-    return 0;
 }
 
-// DEL_DATA (128-byte command line).
-int approute_echo_del(const char *func, int n, int ktype, char *text) {
-    strip_line_end(text);
-    if (qvs::refuse_unsafe_text(func, __LINE__, text) || del_too_long(func, n, ktype, text)) return -1;
-    CommandBuffer<kDelLineSize> cmd;
-    cmd.format(APPROUTE_DEL_LINE, n, ktype, sent_length(text), text, kRuleFile);
-    qv_do_cmd(cmd.c_str());
-    return 0;
+// ADD_DATA of one item or a comma-joined list that passed the gate: one
+// line, or several whole lines when it does not fit one. For MACs '-'
+// becomes ':' in place.
+void approute_echo_add(const char *func, int n, int ktype, char *text) {
+    if (ktype == 3) dash_to_colon(text);
+    qvs::for_each_list_line(func, text, add_room(n, ktype),
+                            [n, ktype](const char *piece, int len) { run_add_line(n, ktype, piece, len); });
+}
+
+// ADD_DATA of a MAC list through its lower-cased copy, one copy per line;
+// '-' becomes ':' only when rewrite_dashes (the list variant, not set-all).
+void approute_echo_add_mac_copy(const char *func, int n, const char *list, bool rewrite_dashes) {
+    qvs::for_each_list_line(func, list, mac_copy_room(n), [n, rewrite_dashes](const char *piece, int len) {
+        char copy[kMacCopySize] = {};
+        std::snprintf(copy, sizeof copy, "%.*s", len, piece);
+        str_tolower(copy);
+        if (rewrite_dashes) dash_to_colon(copy);
+        run_add_line(n, 3, copy, static_cast<int>(std::strlen(copy)));
+    });
+}
+
+// DEL_DATA of a gated item or list (128-byte lines): an item too long for a
+// line of its own is left out of the module (logged); the file is the
+// authority and the next reload brings the module back in step.
+void approute_echo_del(const char *func, int n, int ktype, const char *text) {
+    qvs::for_each_list_line(func, text, del_room(n, ktype), [n, ktype](const char *piece, int len) {
+        CommandBuffer<kDelLineSize> cmd;
+        cmd.format(APPROUTE_DEL_LINE, n, ktype, len, piece, kRuleFile);
+        qv_do_cmd(cmd.c_str());
+    });
 }
 
 int approute_echo_clear(int n, int ktype) {
@@ -128,8 +140,28 @@ int search(const char *path, unsigned api_type, const char *needle) {
     return api_type == kTypeMac ? find_line_prefix_nocase(path, needle) : find_line_in_file(path, needle);
 }
 
+// The gates of the entry points. Single items keep refusing any line end
+// (they are stored before they are sent); the list variants remove one
+// trailing line end of the whole list, as their echo helpers do, and refuse
+// any other. Added text must fit its lines item by item; a deleted item
+// too long for a DEL_DATA line is still deleted from the file.
+bool gate_add(const char *func, int n, unsigned api_type, char *text, qvs::TrailingLineEnd line_end) {
+    return qvs::comma_list_gate(func, __LINE__, text, add_room(n, kernel_type(api_type)), qvs::LongItem::kRefuse,
+                                line_end);
+}
+bool gate_add_list(const char *func, int n, unsigned api_type, char *list) {
+    if (api_type != kTypeMac) return gate_add(func, n, api_type, list, qvs::TrailingLineEnd::kRemoved);
+    return qvs::comma_list_gate(func, __LINE__, list, mac_copy_room(n), qvs::LongItem::kRefuse,
+                                qvs::TrailingLineEnd::kRemoved);
+}
+bool gate_del(const char *func, int n, unsigned api_type, char *text, qvs::TrailingLineEnd line_end) {
+    return qvs::comma_list_gate(func, __LINE__, text, del_room(n, kernel_type(api_type)), qvs::LongItem::kSkip,
+                                line_end);
+}
+
+// Workers below take text that passed its gate.
+
 int add_one(int n, unsigned api_type, char *item, const char *func) {
-    if (add_too_long(func, n, kernel_type(api_type), item)) return -1;
     if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
     Path path;
     list_path(path, n, api_type);
@@ -142,7 +174,6 @@ int add_one(int n, unsigned api_type, char *item, const char *func) {
 }
 
 int del_one(int n, unsigned api_type, char *item, const char *func) {
-    if (del_too_long(func, n, kernel_type(api_type), item)) return -1;
     DirStep step = dir_step(ListDir::kAppRoute, func);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
@@ -172,19 +203,22 @@ int flush_one(int n, unsigned api_type, const char *func) {
 // or the new list; the commands go out in the same order as item by item.
 
 // The domain replacement rule: an item found in a line replaces that line
-// (which moves an equal entry to the end of the list). The delete and add
-// it makes are those of approute_del_route_domain and
-// approute_add_route_domain, with their names in the log.
+// (which moves an equal entry to the end of the list). The inner delete
+// and add work as approute_del_route_domain and approute_add_route_domain
+// would, with their names in the log: the stored line (not caller text)
+// passes the delete's gate, its line end removed; the item already passed
+// the list's gate.
 int replace_domain(int n, ListText &text, const Path &path, char *item) {
     constexpr char kDelFunc[] = "approute_del_route_domain";
     constexpr char kAddFunc[] = "approute_add_route_domain";
+    const int ktype = kernel_type(kTypeDomain);
     int k = text.find(item);
     if (k == 0) return text.append_line(item) ? 0 : -1;
     char line[256] = {};
     if (!text.piece(k, line, sizeof line)) return 0;
     if (std::strcmp(line, item) == 0) return 0;
-    const int ktype = kernel_type(kTypeDomain);
-    if (!del_too_long(kDelFunc, n, ktype, line) && dir_step(ListDir::kAppRoute, kDelFunc) == DirStep::kPresent) {
+    if (gate_del(kDelFunc, n, kTypeDomain, line, qvs::TrailingLineEnd::kRemoved) &&
+        dir_step(ListDir::kAppRoute, kDelFunc) == DirStep::kPresent) {
         const int kk = text.find(line);
         if (kk != 0) {
             if (text.remove_line(kk))
@@ -193,7 +227,6 @@ int replace_domain(int n, ListText &text, const Path &path, char *item) {
                 QVS_LOG_AS(kDelFunc, qvs::kLogError, "delete line %d of %s failed.\n", kk, path.c_str());
         }
     }
-    if (add_too_long(kAddFunc, n, ktype, item)) return -1;
     if (dir_step(ListDir::kAppRoute, kAddFunc) == DirStep::kFailed) return -1;
     if (text.find(item) != 0) return 0;
     if (!text.append_line(item)) return -1;
@@ -201,27 +234,14 @@ int replace_domain(int n, ListText &text, const Path &path, char *item) {
     return 0;
 }
 
-// Writes the edited list back; "open file %s failed.\n" when that fails.
-int write_back(const char *func, const ListText &text, const Path &path) {
-    if (text.write_back(path.c_str())) return 0;
-    QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path.c_str());
-    return -1;
-}
-
 int add_list(int n, unsigned api_type, char *list, const char *func) {
-    // The MAC list goes out as its 577-byte copy, which always fits.
-    if (api_type != kTypeMac && add_too_long(func, n, kernel_type(api_type), list)) return -1;
     if (dir_step(ListDir::kAppRoute, func) == DirStep::kFailed) return -1;
     Path path;
     list_path(path, n, api_type);
-    if (api_type == kTypeMac) {
-        char copy[577] = {};
-        std::snprintf(copy, sizeof copy, "%s", list);
-        str_tolower(copy);
-        approute_echo_add(func, n, 3, copy);
-    } else {
+    if (api_type == kTypeMac)
+        approute_echo_add_mac_copy(func, n, list, true);
+    else
         approute_echo_add(func, n, kernel_type(api_type), list);
-    }
     // As before, the module hears of the list even when the file fails.
     ListText text;
     if (!text.load(path.c_str())) {
@@ -245,12 +265,14 @@ int add_list(int n, unsigned api_type, char *list, const char *func) {
         }
     }
     // What was added before a failure is still written, as item by item.
-    if (write_back(func, text, path) != 0) return -1;
+    if (!text.write_back(path.c_str())) {
+        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path.c_str());
+        return -1;
+    }
     return result;
 }
 
 int del_list(int n, unsigned api_type, char *list, const char *func) {
-    if (del_too_long(func, n, kernel_type(api_type), list)) return -1;
     DirStep step = dir_step(ListDir::kAppRoute, func);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
@@ -275,12 +297,6 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
     return 0;
 }
 
-// Caller text: null is refused, and so is text that could change a command line.
-#define APPROUTE_CHECK_TEXT(text) \
-    do { \
-        if ((text) == nullptr || QVS_REFUSE_UNSAFE(text)) return -1; \
-    } while (0)
-
 // The rule index's three lists and the module's copy: one writer at a time,
 // held for the whole call (fail is the function's failure result).
 #define LOCK_RULE(n, fail) \
@@ -291,41 +307,42 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
 }  // namespace qvs::steering
 
 using namespace qvs::steering;
+using qvs::TrailingLineEnd;
 
 extern "C" {
 
 int approute_add_route_ip(int n, char *ip) {
-    APPROUTE_CHECK_TEXT(ip);
+    if (!gate_add(__func__, n, kTypeIp, ip, TrailingLineEnd::kRefused)) return -1;
     LOCK_RULE(n, -1);
     return add_one(n, kTypeIp, ip, __func__);
 }
 
 int approute_add_route_domain(int n, char *domain) {
-    APPROUTE_CHECK_TEXT(domain);
+    if (!gate_add(__func__, n, kTypeDomain, domain, TrailingLineEnd::kRefused)) return -1;
     LOCK_RULE(n, -1);
     return add_one(n, kTypeDomain, domain, __func__);
 }
 
 int approute_add_route_mac(int n, char *mac) {
-    APPROUTE_CHECK_TEXT(mac);
+    if (!gate_add(__func__, n, kTypeMac, mac, TrailingLineEnd::kRefused)) return -1;
     LOCK_RULE(n, -1);
     return add_one(n, kTypeMac, mac, __func__);
 }
 
 int approute_del_route_ip(int n, char *ip) {
-    APPROUTE_CHECK_TEXT(ip);
+    if (!gate_del(__func__, n, kTypeIp, ip, TrailingLineEnd::kRefused)) return -1;
     LOCK_RULE(n, -1);
     return del_one(n, kTypeIp, ip, __func__);
 }
 
 int approute_del_route_domain(int n, char *domain) {
-    APPROUTE_CHECK_TEXT(domain);
+    if (!gate_del(__func__, n, kTypeDomain, domain, TrailingLineEnd::kRefused)) return -1;
     LOCK_RULE(n, -1);
     return del_one(n, kTypeDomain, domain, __func__);
 }
 
 int approute_del_route_mac(int n, char *mac) {
-    APPROUTE_CHECK_TEXT(mac);
+    if (!gate_del(__func__, n, kTypeMac, mac, TrailingLineEnd::kRefused)) return -1;
     LOCK_RULE(n, -1);
     return del_one(n, kTypeMac, mac, __func__);
 }
@@ -346,37 +363,37 @@ int approute_flush_route_mac(int n) {
 }
 
 int approute_add_route_iplist(int n, char *list) {
-    APPROUTE_CHECK_TEXT(list);
+    if (!gate_add_list(__func__, n, kTypeIp, list)) return -1;
     LOCK_RULE(n, -1);
     return add_list(n, kTypeIp, list, __func__);
 }
 
 int approute_add_route_domainlist(int n, char *list) {
-    APPROUTE_CHECK_TEXT(list);
+    if (!gate_add_list(__func__, n, kTypeDomain, list)) return -1;
     LOCK_RULE(n, -1);
     return add_list(n, kTypeDomain, list, __func__);
 }
 
 int approute_add_route_maclist(int n, char *list) {
-    APPROUTE_CHECK_TEXT(list);
+    if (!gate_add_list(__func__, n, kTypeMac, list)) return -1;
     LOCK_RULE(n, -1);
     return add_list(n, kTypeMac, list, __func__);
 }
 
 int approute_del_route_iplist(int n, char *list) {
-    APPROUTE_CHECK_TEXT(list);
+    if (!gate_del(__func__, n, kTypeIp, list, TrailingLineEnd::kRemoved)) return -1;
     LOCK_RULE(n, -1);
     return del_list(n, kTypeIp, list, __func__);
 }
 
 int approute_del_route_domainlist(int n, char *list) {
-    APPROUTE_CHECK_TEXT(list);
+    if (!gate_del(__func__, n, kTypeDomain, list, TrailingLineEnd::kRemoved)) return -1;
     LOCK_RULE(n, -1);
     return del_list(n, kTypeDomain, list, __func__);
 }
 
 int approute_del_route_maclist(int n, char *list) {
-    APPROUTE_CHECK_TEXT(list);
+    if (!gate_del(__func__, n, kTypeMac, list, TrailingLineEnd::kRemoved)) return -1;
     LOCK_RULE(n, -1);
     return del_list(n, kTypeMac, list, __func__);
 }
@@ -404,28 +421,27 @@ int approute_del_route_list(int n, unsigned int type, char *list) {
 }
 
 int approute_set_route_all(int n, unsigned int type, char *list) {
-    // The whole list goes on the command line as it is: no line end allowed.
-    if (list == nullptr || QVS_REFUSE_UNSAFE(list)) return -1;
-    const int ktype = kernel_type(type);
-    // The MAC list goes out as its 577-byte copy, which always fits.
-    if (file_prefix(type) != nullptr && type != kTypeMac && add_too_long(__func__, n, ktype, list)) return -1;
+    // The whole list goes on command lines as it is: no line end allowed.
+    // An unknown type has no lines to fit (it is refused below).
+    const bool known = file_prefix(type) != nullptr;
+    const int room = type == kTypeMac ? mac_copy_room(n) : known ? add_room(n, kernel_type(type)) : 0;
+    if (!qvs::comma_list_gate(__func__, __LINE__, list, room, known ? qvs::LongItem::kRefuse : qvs::LongItem::kSkip,
+                              TrailingLineEnd::kRefused))
+        return -1;
     LOCK_RULE(n, -1);
     if (dir_step(ListDir::kAppRoute, __func__) == DirStep::kFailed) return -1;
-    if (file_prefix(type) == nullptr) return -1;
+    if (!known) return -1;
+    const int ktype = kernel_type(type);
     Path path;
     list_path(path, n, type);
     qvs::CommandBuffer<kAddLineSize> cmd;
     cmd.format("echo CLR_DATA index:%d type:%d > %s", n, ktype, kRuleFile);
     qv_do_cmd(cmd.c_str());
-    if (type == kTypeMac) {
-        char copy[577] = {};
-        std::snprintf(copy, sizeof copy, "%s", list);
-        str_tolower(copy);
-        cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, ktype, copy, kRuleFile);
-    } else {
-        cmd.format("echo ADD_DATA index:%d type:%d list:%s > %s", n, ktype, list, kRuleFile);
-    }
-    qv_do_cmd(cmd.c_str());
+    if (type == kTypeMac)
+        approute_echo_add_mac_copy(__func__, n, list, false);
+    else
+        qvs::for_each_list_line(__func__, list, room,
+                                [n, ktype](const char *piece, int len) { run_add_line(n, ktype, piece, len); });
     FileRewrite f(path.c_str());
     if (!f) return -1;
     char *save = nullptr;
@@ -449,7 +465,9 @@ int approute_reload_route(int n) {
         char line[512];
         while (std::fgets(line, sizeof line, f.get()) != nullptr) {
             if (type == kTypeMac) str_tolower(line);
-            // A line that would not fit its command is skipped (logged).
+            // A stored line is not caller text, but a line that could change
+            // the command is skipped all the same (logged).
+            if (!gate_add(__func__, n, type, line, TrailingLineEnd::kRemoved)) continue;
             approute_echo_add(__func__, n, ktype, line);
         }
     }

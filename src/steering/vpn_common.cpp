@@ -1,5 +1,6 @@
 #include "steering/vpn_common.hpp"
 
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 
@@ -42,30 +43,19 @@ void vpn_ipset_flush(int n, unsigned type) {
 
 namespace {
 
-int hex_value(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-// Six fields of one or two hex digits each, read one after the other as
-// "%02hhx" reads them, except that a sign or a blank never starts a field:
-// "AA-BB-CC-DD-EE-FF" stops at the first dash instead of reading "-b" as a
-// negative number. Returns the number of bytes read.
+// Six "%02hhx" fields read one after the other exactly as the C library's
+// sscanf reads them (blanks before a field skipped, at most two characters
+// each, an optional sign or "0x" taken as sscanf takes them), except that a
+// '-' never starts a field: a MAC written with dashes yields no colon form
+// instead of reading "-B" as a negative number. Returns the bytes read.
 int scan_six_hex_bytes(const char *text, unsigned char (&b)[6]) {
     const char *p = text;
     for (int i = 0; i < 6; ++i) {
-        int hi = hex_value(*p);
-        if (hi < 0) return i;
-        ++p;
-        int lo = hex_value(*p);
-        if (lo < 0) {
-            b[i] = static_cast<unsigned char>(hi);
-            continue;
-        }
-        ++p;
-        b[i] = static_cast<unsigned char>(hi * 16 + lo);
+        while (std::isspace(static_cast<unsigned char>(*p))) ++p;
+        if (*p == '-') return i;
+        int used = 0;
+        if (std::sscanf(p, "%2hhx%n", &b[i], &used) != 1) return i;
+        p += used;
     }
     return 6;
 }

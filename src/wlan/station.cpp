@@ -23,7 +23,9 @@ extern "C" {
 
 int qvs_wlan_get_sta_objidx_by_mac(int parent, const uint8_t *mac) {
     if (mac == nullptr) return kErrNullMac;
-    QVS_ATTACH(store, nullptr);
+    // A failed attach is logged as every self-attaching function logs it;
+    // only the result differs (-1001 instead of -1).
+    QVS_ATTACH(store, "XMLSHMINIT fail\n");
     if (!store) return kErrAttach;
 
     int read = kFail;

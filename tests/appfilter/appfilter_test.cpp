@@ -257,7 +257,8 @@ TEST_F(AppFilter, AnItemWhoseAddLineWouldPass127CharactersIsRefused) {
     EXPECT_EQ(held("appfilter", 1, 2), "");
     ASSERT_EQ(logs().size(), 1u);
     EXPECT_EQ(logs()[0].func, "appfilter_add_route_domainlist");
-    EXPECT_EQ(logs()[0].message, "refused text too long for its command line [short.com," + item + "]\n");
+    // The log line names the item that does not fit.
+    EXPECT_EQ(logs()[0].message, "refused text too long for its command line [" + item + "]\n");
 }
 
 // ---- deleting -----------------------------------------------------------

@@ -370,12 +370,34 @@ TEST_F(AppRoute, AddIpListSendsTheWholeListThenAppendsNewItems) {
     EXPECT_EQ(list.str(), "10.0.0.1");  // split in place
 }
 
-TEST_F(AppRoute, AddListWithATrailingLineEndIsRefused) {
+TEST_F(AppRoute, ListVariantsDropOneTrailingLineEnd) {
     make_dir();
     Text list("a.com,b.com\n");
-    EXPECT_EQ(approute_add_route_domainlist(1, list.get()), -1);
+    EXPECT_EQ(approute_add_route_domainlist(1, list.get()), 0);
+    EXPECT_EQ(file(kDomain1), "a.com\nb.com\n");
+    Text macs("AA-BB-CC-DD-EE-01\n");
+    EXPECT_EQ(approute_add_route_maclist(1, macs.get()), 0);
+    EXPECT_EQ(file(kMac1), "AA-BB-CC-DD-EE-01\n");
+    Text gone("b.com\n");
+    EXPECT_EQ(approute_del_route_domainlist(1, gone.get()), 0);
+    EXPECT_EQ(file(kDomain1), "a.com\n");
+    EXPECT_THAT(cmds(), ElementsAre(add(1, 2, "a.com,b.com"), add(1, 3, "aa:bb:cc:dd:ee:01"), del(1, 2, "b.com")));
+    EXPECT_EQ(held("approute", 1, 2), "a.com");
+    EXPECT_THAT(logs(), IsEmpty());
+}
+
+TEST_F(AppRoute, ListVariantsRefuseEveryOtherLineEnd) {
+    make_dir();
+    for (const char *bad : {"a.com,b.com\n\n", "a.com\n,b.com", "\na.com", "a.com,b.com\r\n", "a.com\r"}) {
+        for (auto fn : {approute_add_route_iplist, approute_add_route_domainlist, approute_add_route_maclist,
+                        approute_del_route_iplist, approute_del_route_domainlist, approute_del_route_maclist}) {
+            Text t(bad);
+            EXPECT_EQ(fn(1, t.get()), -1) << bad;
+            EXPECT_EQ(t.str(), bad);  // a refused list is left as given
+        }
+    }
     EXPECT_THAT(cmds(), IsEmpty());
-    EXPECT_FALSE(qvstest::exists(kDomain1));
+    EXPECT_EQ(qvstest::run("ls " + kDir), "");
 }
 
 TEST_F(AppRoute, AddMacListSendsALowerCaseCopyAndStoresAsGiven) {
@@ -394,23 +416,27 @@ TEST_F(AppRoute, AddMacListSendsALowerCaseCopyAndStoresAsGiven) {
     EXPECT_EQ(file(kMac1), "aa:bb:cc:dd:ee:01\nAA-BB-CC-DD-EE-01\nAA-BB-CC-DD-EE-02\nAa:Bb:Cc:Dd:Ee:03\n");
 }
 
-TEST_F(AppRoute, AddMacListCopyHoldsAt576Characters) {
+TEST_F(AppRoute, AddMacListLongerThanItsCopyGoesOutInWholeLines) {
     make_dir();
-    // 33 MACs of 17 characters joined by ',': 593 characters.
-    std::string list, sent;
+    // 33 MACs of 17 characters joined by ',': 593 characters, more than the
+    // 576 of the lower-cased copy. The first 32 (575 characters) fill one
+    // line, the 33rd goes on a second.
+    std::string list, first, last;
     for (int i = 0; i < 33; ++i) {
         char mac[18];
         std::snprintf(mac, sizeof mac, "AA-BB-CC-DD-EE-%02X", i);
         list += (i ? "," : "") + std::string(mac);
     }
     ASSERT_EQ(list.size(), 593u);
-    for (char c : list.substr(0, 576)) sent.push_back(c == '-' ? ':' : static_cast<char>(std::tolower(c)));
+    for (char c : list.substr(0, 575)) first.push_back(c == '-' ? ':' : static_cast<char>(std::tolower(c)));
+    for (char c : list.substr(576)) last.push_back(c == '-' ? ':' : static_cast<char>(std::tolower(c)));
     Text t(list);
     EXPECT_EQ(approute_add_route_maclist(1, t.get()), 0);
-    EXPECT_THAT(cmds(), ElementsAre(add(1, 3, sent)));
+    EXPECT_THAT(cmds(), ElementsAre(add(1, 3, first), add(1, 3, last)));
     std::string expected;
     for (const std::string &m : steertest::split(list, ',')) expected += m + "\n";
     EXPECT_EQ(file(kMac1), expected);
+    EXPECT_EQ(held("approute", 1, 3), first + "," + last);
 }
 
 TEST_F(AppRoute, AddDomainListMovesAStoredItemToTheEnd) {
@@ -495,8 +521,10 @@ TEST_F(AppRoute, DeleteMacListLowerCasesTheList) {
     EXPECT_EQ(list.str(), "aa:bb:cc:dd:ee:02");
 }
 
-TEST_F(AppRoute, ADeleteLineLongerThan127CharactersIsNeverRun) {
+TEST_F(AppRoute, ADeleteListLongerThanItsLineGoesOutInWholeLines) {
     make_dir();
+    // 10 addresses, 149 characters: a DEL_DATA line of rule 1 holds 71
+    // characters of list, so 4 + 4 + 2 items, cut only at commas.
     std::vector<std::string> items;
     std::string list;
     for (int i = 10; i < 20; ++i) {
@@ -504,36 +532,115 @@ TEST_F(AppRoute, ADeleteLineLongerThan127CharactersIsNeverRun) {
         list += (list.empty() ? "" : ",") + items.back();
     }
     seed(approute_add_route_ip, 1, items);
-    const std::string stored = file(kIp1);
-    const std::string full = del(1, 1, list);
-    ASSERT_GT(full.size(), 127u);
+    const std::string prefix = "192.168.100.";
+    auto run = [&](int from, int to) {
+        std::string r;
+        for (int i = from; i < to; ++i) r += (r.empty() ? "" : ",") + items[i];
+        return r;
+    };
+    ASSERT_GT(del(1, 1, list).size(), 127u);
     Text t(list);
     qvstest::CaptureFd out(1);
-    EXPECT_EQ(approute_del_route_iplist(1, t.get()), -1);
+    EXPECT_EQ(approute_del_route_iplist(1, t.get()), 0);
     EXPECT_EQ(out.text(), "");
-    // Refused before anything is deleted or sent: file and module agree.
-    EXPECT_THAT(cmds(), IsEmpty());
-    EXPECT_EQ(file(kIp1), stored);
-    EXPECT_EQ(held("approute", 1, 1), list);
-    ASSERT_EQ(logs().size(), 1u);
-    EXPECT_EQ(logs()[0].func, "approute_del_route_iplist");
-    EXPECT_EQ(logs()[0].level, 1);
-    EXPECT_EQ(logs()[0].message, "refused text too long for its command line [" + list + "]\n");
+    std::vector<std::string> expected = {del(1, 1, run(0, 4)), del(1, 1, run(4, 8)), del(1, 1, run(8, 10))};
+    EXPECT_EQ(cmds(), expected);
+    for (int i = 0; i < 3; ++i) EXPECT_LE(expected[i].size(), 127u);
+    EXPECT_EQ(file(kIp1), "");
+    EXPECT_EQ(held("approute", 1, 1), "");
+    EXPECT_THAT(logs(), IsEmpty());
 }
 
-TEST_F(AppRoute, AnAddLineLongerThan1023CharactersIsNeverRun) {
+TEST_F(AppRoute, ALongAddListGoesOutInWholeLines) {
     make_dir();
     std::string list;
-    for (int i = 0; i < 80; ++i) list += (i ? "," : "") + std::string("host") + std::to_string(i) + ".example.com";
-    const std::string full = add(1, 2, list);
-    ASSERT_GT(full.size(), 1023u);
+    std::vector<std::string> items;
+    for (int i = 0; i < 80; ++i) {
+        items.push_back("host" + std::to_string(i) + ".example.com");
+        list += (i ? "," : "") + items.back();
+    }
+    ASSERT_GT(add(1, 2, list).size(), 1023u);
     Text t(list);
     qvstest::CaptureFd out(1);
-    EXPECT_EQ(approute_add_route_domainlist(1, t.get()), -1);
+    EXPECT_EQ(approute_add_route_domainlist(1, t.get()), 0);
     EXPECT_EQ(out.text(), "");
+    // Two ADD_DATA lines, each at most 1023 characters, the first as full as
+    // whole items allow, together every item once in order.
+    const std::vector<std::string> c = cmds();
+    ASSERT_EQ(c.size(), 2u);
+    const std::string head = "echo ADD_DATA index:1 type:2 list:", tail = " > /proc/approute/rule";
+    std::string joined;
+    for (const std::string &line : c) {
+        EXPECT_LE(line.size(), 1023u);
+        ASSERT_EQ(line.rfind(head, 0), 0u);
+        ASSERT_EQ(line.substr(line.size() - tail.size()), tail);
+        joined += (joined.empty() ? "" : ",") + line.substr(head.size(), line.size() - head.size() - tail.size());
+    }
+    EXPECT_EQ(joined, list);
+    const std::string second_first = steertest::split(c[1].substr(head.size()), ',')[0];
+    EXPECT_GT(c[0].size() + 1 + second_first.size(), 1023u);
+    std::string stored;
+    for (const std::string &i : items) stored += i + "\n";
+    EXPECT_EQ(file(kDomain1), stored);
+    EXPECT_EQ(held("approute", 1, 2), list);
+}
+
+TEST_F(AppRoute, AnItemTooLongForADeleteLineIsStillDeletedFromTheFile) {
+    make_dir();
+    // Stored through the add (1024-byte line), too long for a DEL_DATA line.
+    const std::string longer = std::string(90, 'd') + ".example";
+    seed(approute_add_route_domain, 1, {"a.com", longer, "b.com"});
+    Text t("a.com," + longer + ",b.com");
+    EXPECT_EQ(approute_del_route_domainlist(1, t.get()), 0);
+    EXPECT_EQ(file(kDomain1), "");
+    EXPECT_THAT(cmds(), ElementsAre(del(1, 2, "a.com"), del(1, 2, "b.com")));
+    auto l = logs();
+    ASSERT_EQ(l.size(), 1u);
+    EXPECT_EQ(l[0].func, "approute_del_route_domainlist");
+    EXPECT_EQ(l[0].level, 1);
+    EXPECT_EQ(l[0].message, "refused text too long for its command line [" + longer + "]\n");
+    // The module still holds it until the next reload brings it in step.
+    EXPECT_EQ(held("approute", 1, 2), longer);
+    EXPECT_EQ(approute_reload_route(1), 0);
+    EXPECT_EQ(held("approute", 1, 2), "");
+}
+
+TEST_F(AppRoute, TheSingleDeleteOfATooLongItemDeletesTheLine) {
+    make_dir();
+    const std::string longer = std::string(90, 'd') + ".example";
+    seed(approute_add_route_domain, 1, {longer, "b.com"});
+    Text t(longer);
+    EXPECT_EQ(approute_del_route_domain(1, t.get()), 0);
+    EXPECT_EQ(file(kDomain1), "b.com\n");
+    EXPECT_THAT(cmds(), IsEmpty());
+    ASSERT_EQ(logs().size(), 1u);
+    EXPECT_EQ(logs()[0].func, "approute_del_route_domain");
+}
+
+TEST_F(AppRoute, AnAddItemTooLongForALineOfItsOwnIsRefused) {
+    make_dir();
+    const std::string huge(1000, 'h');
+    Text t("a.com," + huge + ",b.com");
+    EXPECT_EQ(approute_add_route_domainlist(1, t.get()), -1);
+    EXPECT_EQ(t.str(), "a.com," + huge + ",b.com");
     EXPECT_THAT(cmds(), IsEmpty());
     EXPECT_FALSE(qvstest::exists(kDomain1));
-    EXPECT_EQ(held("approute", 1, 2), "");
+    ASSERT_EQ(logs().size(), 1u);
+    EXPECT_EQ(logs()[0].func, "approute_add_route_domainlist");
+    EXPECT_EQ(logs()[0].message, "refused text too long for its command line [" + huge + "]\n");
+}
+
+TEST_F(AppRoute, AStoredDomainTooLongForADeleteLineStillMovesToTheEnd) {
+    make_dir();
+    const std::string longer = std::string(90, 'd') + ".example";
+    seed(approute_add_route_domain, 1, {longer, "b.com"});
+    Text t(longer);
+    EXPECT_EQ(approute_add_route_domainlist(1, t.get()), 0);
+    EXPECT_EQ(file(kDomain1), "b.com\n" + longer + "\n");
+    EXPECT_THAT(cmds(), ElementsAre(add(1, 2, longer), add(1, 2, longer)));
+    ASSERT_EQ(logs().size(), 1u);
+    EXPECT_EQ(logs()[0].func, "approute_del_route_domain");
+    EXPECT_EQ(held("approute", 1, 2), longer + ",b.com");
 }
 
 TEST_F(AppRoute, DeleteListOnAMissingDirectoryCreatesItAndReturns) {
@@ -639,22 +746,26 @@ TEST_F(AppRoute, SetRouteAllFileFailureLeavesTheModuleAhead) {
     EXPECT_THAT(logs(), IsEmpty());
 }
 
-TEST_F(AppRoute, SetRouteAllRefusesALineLongerThan1023) {
+TEST_F(AppRoute, SetRouteAllSendsALongListInWholeLines) {
     make_dir();
-    std::string list;
-    for (int i = 0; i < 100; ++i) list += (i ? "," : "") + std::string("10.1.") + std::to_string(i) + ".100";
-    const std::string full = add(1, 1, list);
-    ASSERT_GT(full.size(), 1023u);
+    std::string list, stored;
+    for (int i = 0; i < 100; ++i) {
+        const std::string ip = "10.1." + std::to_string(i) + ".100";
+        list += (i ? "," : "") + ip;
+        stored += ip + "\n";
+    }
+    ASSERT_GT(add(1, 1, list).size(), 1023u);
     Text t(list);
-    qvstest::CaptureFd out(1);
-    EXPECT_EQ(approute_set_route_all(1, 0, t.get()), -1);
-    EXPECT_EQ(out.text(), "");
-    EXPECT_THAT(cmds(), IsEmpty());
-    EXPECT_FALSE(qvstest::exists(kIp1));
-    EXPECT_EQ(held("approute", 1, 1), "");
+    EXPECT_EQ(approute_set_route_all(1, 0, t.get()), 0);
+    const std::vector<std::string> c = cmds();
+    ASSERT_EQ(c.size(), 3u);
+    EXPECT_EQ(c[0], clr(1, 1));
+    for (const std::string &line : c) EXPECT_LE(line.size(), 1023u);
+    EXPECT_EQ(file(kIp1), stored);
+    EXPECT_EQ(held("approute", 1, 1), list);
 }
 
-TEST_F(AppRoute, SetRouteAllMacCopyHoldsAt576Characters) {
+TEST_F(AppRoute, SetRouteAllMacListLongerThanItsCopyGoesOutInWholeLines) {
     make_dir();
     std::string list;
     for (int i = 0; i < 40; ++i) {
@@ -662,11 +773,13 @@ TEST_F(AppRoute, SetRouteAllMacCopyHoldsAt576Characters) {
         std::snprintf(mac, sizeof mac, "AA:BB:CC:DD:EE:%02X", i);
         list += (i ? "," : "") + std::string(mac);
     }
-    std::string sent;
-    for (char c : list.substr(0, 576)) sent.push_back(static_cast<char>(std::tolower(c)));
+    std::string lower;
+    for (char c : list) lower.push_back(static_cast<char>(std::tolower(c)));
     Text t(list);
     EXPECT_EQ(approute_set_route_all(1, 2, t.get()), 0);
-    EXPECT_THAT(cmds(), ElementsAre(clr(1, 3), add(1, 3, sent)));
+    // 32 MACs (575 characters) fill the 576 of the copy; 8 more follow.
+    EXPECT_THAT(cmds(), ElementsAre(clr(1, 3), add(1, 3, lower.substr(0, 575)), add(1, 3, lower.substr(576))));
+    EXPECT_EQ(held("approute", 1, 3), lower);
 }
 
 TEST_F(AppRoute, ReloadReplaysTheFilesIntoTheModule) {

@@ -1,6 +1,8 @@
 // Command lines that would not fit their buffers are never run: the longest
-// caller text that fits runs, one character more is refused with a level-1
-// line before anything is written, and no file appears anywhere else.
+// caller text that fits runs; one character more is refused with a level-1
+// line before anything is written, except by the module deletes, which
+// still delete from the file and leave out the module line (logged). No
+// file appears anywhere else.
 #include <sys/stat.h>
 
 #include <string>
@@ -23,6 +25,9 @@ struct Row {
     std::size_t size;    // its buffer
     std::string file;    // the list file the call works on
     bool deletes;        // the text must be stored first (a delete)
+    // A delete that still deletes the stored line when its module line
+    // would not fit (the module's list deletes); others refuse.
+    bool deletes_from_file = false;
 };
 
 int vpn_add_ip(char *t) { return qvvpn_add_route_ip(1, t); }
@@ -62,17 +67,17 @@ const std::vector<Row> &rows() {
         {"approute_add_route_domainlist", route_add_domainlist, "echo ADD_DATA index:1 type:2 list:", kRouteRule, 1024,
          kRouteDir + "/approute_domain1", false},
         {"approute_del_route_ip", route_del_ip, "echo DEL_DATA index:1 type:1 list:", kRouteRule, 128,
-         kRouteDir + "/approute_ip1", true},
+         kRouteDir + "/approute_ip1", true, true},
         {"approute_del_route_domain", route_del_domain, "echo DEL_DATA index:1 type:2 list:", kRouteRule, 128,
-         kRouteDir + "/approute_domain1", true},
+         kRouteDir + "/approute_domain1", true, true},
         {"approute_del_route_mac", route_del_mac, "echo DEL_DATA index:1 type:3 list:", kRouteRule, 128,
-         kRouteDir + "/approute_mac1", true},
+         kRouteDir + "/approute_mac1", true, true},
         {"approute_del_route_iplist", route_del_iplist, "echo DEL_DATA index:1 type:1 list:", kRouteRule, 128,
-         kRouteDir + "/approute_ip1", true},
+         kRouteDir + "/approute_ip1", true, true},
         {"approute_del_route_domainlist", route_del_domainlist, "echo DEL_DATA index:1 type:2 list:", kRouteRule, 128,
-         kRouteDir + "/approute_domain1", true},
+         kRouteDir + "/approute_domain1", true, true},
         {"approute_del_route_maclist", route_del_maclist, "echo DEL_DATA index:1 type:3 list:", kRouteRule, 128,
-         kRouteDir + "/approute_mac1", true},
+         kRouteDir + "/approute_mac1", true, true},
         {"approute_set_route_all", route_set_ip, "echo ADD_DATA index:1 type:1 list:", kRouteRule, 1024,
          kRouteDir + "/approute_ip1", false},
         {"approute_set_route_all", route_set_domain, "echo ADD_DATA index:1 type:2 list:", kRouteRule, 1024,
@@ -132,7 +137,9 @@ TEST_F(CommandLength, TheLongestTextThatFitsRuns) {
 }
 
 TEST_F(CommandLength, OneCharacterMoreIsRefusedBeforeAnythingIsDone) {
+    int tested = 0;
     for (const Row &row : rows()) {
+        if (row.deletes_from_file) continue;  // the next test
         const std::size_t len = row.size - row.prefix.size() - row.suffix.size();
         const std::string text = plain(len);
         SCOPED_TRACE(std::string(row.name) + " at " + std::to_string(len));
@@ -146,7 +153,32 @@ TEST_F(CommandLength, OneCharacterMoreIsRefusedBeforeAnythingIsDone) {
         EXPECT_EQ(qvstest::read_file(row.file), old);
         expect_no_stray_files(row);
         ::unlink(row.file.c_str());
+        ++tested;
     }
+    EXPECT_EQ(tested, 12);
+}
+
+TEST_F(CommandLength, OneCharacterMoreStillDeletesFromTheFileWithoutItsModuleLine) {
+    int tested = 0;
+    for (const Row &row : rows()) {
+        if (!row.deletes_from_file) continue;  // the test above
+        const std::size_t len = row.size - row.prefix.size() - row.suffix.size();
+        const std::string text = plain(len);
+        SCOPED_TRACE(std::string(row.name) + " at " + std::to_string(len));
+        qvstest::write_file(row.file, "10.9.9.9\n" + text + "\n");
+        qvsim_journal_clear();
+        Text t(text);
+        EXPECT_EQ(row.call(t.get()), 0);
+        // Only the line is deleted (by the library, no command): no module
+        // line, cut or whole.
+        EXPECT_EQ(commands(), std::vector<std::string>{});
+        EXPECT_TRUE(logged(row.name, "refused text too long for its command line [" + text + "]"));
+        EXPECT_EQ(qvstest::read_file(row.file), "10.9.9.9\n");
+        expect_no_stray_files(row);
+        ::unlink(row.file.c_str());
+        ++tested;
+    }
+    EXPECT_EQ(tested, 6);
 }
 
 TEST_F(CommandLength, ARefusedItemOfAFilterListStopsTheWholeList) {
@@ -179,17 +211,20 @@ TEST_F(CommandLength, AFilterReplaySkipsAStoredItemThatWouldNotFitAndGoesOn) {
     EXPECT_EQ(dir_names("/"), root_);
 }
 
-TEST_F(CommandLength, AStoredDomainTooLongToDeleteIsKeptByTheReplacement) {
+TEST_F(CommandLength, AStoredDomainTooLongToDeleteStillMovesToTheEnd) {
     // The replacement rule deletes a stored line through DEL_DATA; a stored
-    // line too long for that command is left as it is (logged).
+    // line too long for that command is still deleted from the file (its
+    // module line left out, logged) and the item goes to the end.
     const std::string stored = plain(80) + ".example";
     const std::string path = kRouteDir + "/approute_domain1";
-    qvstest::write_file(path, stored + "\n");
+    qvstest::write_file(path, stored + "\nb.example\n");
     qvsim_journal_clear();
     Text item(stored);
     EXPECT_EQ(approute_add_route_domainlist(1, item.get()), 0);
-    EXPECT_EQ(qvstest::read_file(path), stored + "\n");
-    EXPECT_TRUE(logged("approute_del_route_domain", "refused text too long for its command line"));
+    EXPECT_EQ(qvstest::read_file(path), "b.example\n" + stored + "\n");
+    EXPECT_TRUE(logged("approute_del_route_domain", "refused text too long for its command line [" + stored + "]"));
+    EXPECT_EQ(commands(), (std::vector<std::string>{"echo ADD_DATA index:1 type:2 list:" + stored + kRouteRule,
+                                                    "echo ADD_DATA index:1 type:2 list:" + stored + kRouteRule}));
     EXPECT_EQ(dir_names("/"), root_);
 }
 

@@ -1,5 +1,7 @@
 // Caller text with a line end is refused at every exported steering entry
-// point, and domain text can no longer add lines to dnsmasq's configuration.
+// point (the application-route list variants remove one trailing line end
+// of the whole list first, as their echo helpers do), and domain text can no
+// longer add lines to dnsmasq's configuration.
 #include <sys/stat.h>
 
 #include <string>
@@ -28,6 +30,7 @@ protected:
 struct Entry {
     const char *name;
     int (*call)(char *text);
+    bool drops_one_trailing_line_end = false;  // the application-route list variants
 };
 
 const std::vector<Entry> &entries() {
@@ -38,12 +41,12 @@ const std::vector<Entry> &entries() {
         {"approute_del_route_ip", [](char *t) { return approute_del_route_ip(1, t); }},
         {"approute_del_route_domain", [](char *t) { return approute_del_route_domain(1, t); }},
         {"approute_del_route_mac", [](char *t) { return approute_del_route_mac(1, t); }},
-        {"approute_add_route_iplist", [](char *t) { return approute_add_route_iplist(1, t); }},
-        {"approute_add_route_domainlist", [](char *t) { return approute_add_route_domainlist(1, t); }},
-        {"approute_add_route_maclist", [](char *t) { return approute_add_route_maclist(1, t); }},
-        {"approute_del_route_iplist", [](char *t) { return approute_del_route_iplist(1, t); }},
-        {"approute_del_route_domainlist", [](char *t) { return approute_del_route_domainlist(1, t); }},
-        {"approute_del_route_maclist", [](char *t) { return approute_del_route_maclist(1, t); }},
+        {"approute_add_route_iplist", [](char *t) { return approute_add_route_iplist(1, t); }, true},
+        {"approute_add_route_domainlist", [](char *t) { return approute_add_route_domainlist(1, t); }, true},
+        {"approute_add_route_maclist", [](char *t) { return approute_add_route_maclist(1, t); }, true},
+        {"approute_del_route_iplist", [](char *t) { return approute_del_route_iplist(1, t); }, true},
+        {"approute_del_route_domainlist", [](char *t) { return approute_del_route_domainlist(1, t); }, true},
+        {"approute_del_route_maclist", [](char *t) { return approute_del_route_maclist(1, t); }, true},
         {"approute_set_route_all", [](char *t) { return approute_set_route_all(1, 0, t); }},
         {"qvvpn_add_route_ip", [](char *t) { return qvvpn_add_route_ip(1, t); }},
         {"qvvpn_del_route_ip", [](char *t) { return qvvpn_del_route_ip(1, t); }},
@@ -61,7 +64,10 @@ const std::vector<Entry> &entries() {
 
 TEST_F(CallerText, ALineEndAnywhereIsRefusedAtEveryEntryPoint) {
     for (const Entry &e : entries()) {
-        for (const std::string text : {"10.0.0.1\n", "10.0.0.1\r", "\n10.0.0.1", "a\nb", "aa:bb\r\n"}) {
+        // Where one trailing line end is removed, a second one is refused.
+        const std::string trailing = e.drops_one_trailing_line_end ? "10.0.0.1\n\n" : "10.0.0.1\n";
+        for (const std::string &text : {trailing, std::string("10.0.0.1\r"), std::string("\n10.0.0.1"),
+                                       std::string("a\nb"), std::string("aa:bb\r\n")}) {
             SCOPED_TRACE(std::string(e.name) + " [" + text + "]");
             qvsim_journal_clear();
             Text t(text);
@@ -72,6 +78,34 @@ TEST_F(CallerText, ALineEndAnywhereIsRefusedAtEveryEntryPoint) {
     }
     for (const std::string &dir : {kVpnDir, kRouteDir, kFilterDir})
         EXPECT_EQ(dir_names(dir), std::set<std::string>{}) << dir;
+}
+
+TEST_F(CallerText, ListVariantsSendAndStoreTheListWithoutOneTrailingLineEnd) {
+    int tested = 0;
+    for (const Entry &e : entries()) {
+        if (!e.drops_one_trailing_line_end) continue;
+        SCOPED_TRACE(e.name);
+        const bool deletes = std::string(e.name).find("_del_") != std::string::npos;
+        const bool mac = std::string(e.name).find("mac") != std::string::npos;
+        const std::string a = mac ? "aa:bb:cc:dd:ee:01" : "10.0.0.1", b = mac ? "aa:bb:cc:dd:ee:02" : "10.0.0.2";
+        const std::string file = kRouteDir + (mac                                               ? "/approute_mac1"
+                                              : std::string(e.name).find("domain") != std::string::npos ? "/approute_domain1"
+                                                                                                          : "/approute_ip1");
+        const int ktype = mac ? 3 : std::string(e.name).find("domain") != std::string::npos ? 2 : 1;
+        qvstest::write_file(file, deletes ? a + "\n" + b + "\n" : "");
+        qvsim_journal_clear();
+        Text t(a + "," + b + "\n");
+        EXPECT_EQ(e.call(t.get()), 0);
+        EXPECT_EQ(qvstest::read_file(file), deletes ? "" : a + "\n" + b + "\n");
+        const std::vector<std::string> c = commands();
+        ASSERT_FALSE(c.empty());
+        EXPECT_EQ(c[0], std::string("echo ") + (deletes ? "DEL" : "ADD") + "_DATA index:1 type:" +
+                            std::to_string(ktype) + " list:" + a + "," + b + " > /proc/approute/rule");
+        EXPECT_FALSE(logged(e.name, "refused"));
+        ::unlink(file.c_str());
+        ++tested;
+    }
+    EXPECT_EQ(tested, 6);
 }
 
 TEST_F(CallerText, ATrailingLineEndNoLongerAddsAnEmptyItem) {

@@ -18,9 +18,15 @@ struct Row {
     // refusal line, for an argument that must begin a certain way before its
     // text is looked at (an Ethernet interface name begins with "eth").
     const char *prefix;
+    // The argument loses one trailing line end before it is looked at (the
+    // application-route list variants): a hostile text that is harmless
+    // without it is called with a second line end, which is refused.
+    bool drops_one_trailing_line_end;
 
-    Row(const char *func_, const char *logged_as_, int (*call_)(char *), int refused_, const char *prefix_ = "")
-        : func(func_), logged_as(logged_as_), call(call_), refused(refused_), prefix(prefix_) {}
+    Row(const char *func_, const char *logged_as_, int (*call_)(char *), int refused_, const char *prefix_ = "",
+        bool drops_one_trailing_line_end_ = false)
+        : func(func_), logged_as(logged_as_), call(call_), refused(refused_), prefix(prefix_),
+          drops_one_trailing_line_end(drops_one_trailing_line_end_) {}
 };
 
 struct Family {

@@ -1,5 +1,7 @@
 // VPN route lists: the exact command lines handed to the platform's command
 // runner (from its journal), including those cut at 127 characters.
+#include <cctype>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -66,6 +68,40 @@ TEST_F(VpnCommands, AddMacInColonFormAndTheEmptyMemberOfADashedMac) {
                                      "ipset add vpn_mac3 00:1a:2b:3c:4d:5e 2> /dev/null",
                                      "ipset add vpn_mac3  2> /dev/null"}));
     EXPECT_EQ(read_file(kMac3), "aabbccddeeff\n00:1a:2b:3c:4d:5e\naa-bb-cc-dd-ee-ff\n");
+}
+
+// The C library's own reading of "%02hhx" six times, as the colon form
+// follows it wherever the dashed form is not concerned.
+std::string sscanf_member(const char *text) {
+    unsigned char b[6] = {};
+    if (std::sscanf(text, "%02hhx%02hhx%02hhx%02hhx%02hhx%02hhx", &b[0], &b[1], &b[2], &b[3], &b[4], &b[5]) != 6)
+        return "";
+    char out[32];
+    std::snprintf(out, sizeof out, "%02hhx:%02hhx:%02hhx:%02hhx:%02hhx:%02hhx", b[0], b[1], b[2], b[3], b[4], b[5]);
+    return out;
+}
+
+TEST_F(VpnCommands, TheColonFormReadsAsSscanfDoes) {
+    const char *texts[] = {"AA BB CC DD EE FF", " aabbccddeeff", "aa\tbb\vcc dd  ee ff", "a b c d e f",
+                           "1 2 3 4 5 6",       "+a+b+c+d+e+f",  "0x0x0x0x0x0x",        "aabbccddee",
+                           "aa bb cc dd ee",    "aabbccddeefff0", "zzbbccddeeff",       "aab bccddeeff"};
+    Lines expected;
+    int tunnel = 10;
+    for (const char *t : texts) {
+        SCOPED_TRACE(t);
+        std::string copy = t;
+        for (char &c : copy) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        expected.push_back("ipset add vpn_mac" + std::to_string(tunnel) + " " + sscanf_member(copy.c_str()) +
+                           " 2> /dev/null");
+        std::vector<char> arg(t, t + std::strlen(t) + 1);
+        EXPECT_EQ(qvvpn_add_route_mac(tunnel++, arg.data()), 0);
+    }
+    EXPECT_EQ(commands_run(), expected);
+    // Blanks before a field are skipped, as by sscanf.
+    EXPECT_EQ(expected[0], "ipset add vpn_mac10 aa:bb:cc:dd:ee:ff 2> /dev/null");
+    EXPECT_EQ(expected[1], "ipset add vpn_mac11 aa:bb:cc:dd:ee:ff 2> /dev/null");
+    // The dashed form keeps its empty member, although sscanf reads "-b" as a number.
+    EXPECT_NE(sscanf_member("aa-bb-cc-dd-ee-ff"), "");
 }
 
 TEST_F(VpnCommands, AddMacWithFewerThanSixBytesGivesAnEmptyMember) {

@@ -177,6 +177,7 @@ TEST_F(Station, AttachFailure) {
     EXPECT_EQ(reads(), 0);
     EXPECT_EQ(count_kind("attach-refused"), 1);
     EXPECT_EQ(count_kind("detach"), 0);
+    EXPECT_EQ(logs(), Lines{log_line("qvs_wlan_get_sta_objidx_by_mac", 1, "XMLSHMINIT fail\\n")});
 }
 
 TEST_F(Station, AStationReadThatKeepsFailing) {
