@@ -9,8 +9,10 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cctype>
 #include <cstdio>
 #include <functional>
+#include <ostream>
 #include <set>
 #include <string>
 #include <thread>
@@ -30,13 +32,23 @@ using Items = std::vector<std::string>;
 namespace {
 
 constexpr int kWorkers = 4;
-constexpr int kRounds = 6;
+constexpr int kRounds = 10;
 constexpr int kIndex = 1;
 
 Set nonempty(const std::vector<std::string> &v) {
     Set out;
     for (const std::string &s : v)
         if (!s.empty()) out.insert(s);
+    return out;
+}
+
+// ipset prints MAC members in capitals; the lists hold them in lower case.
+Set lower(const Set &in) {
+    Set out;
+    for (std::string s : in) {
+        for (char &c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        out.insert(s);
+    }
     return out;
 }
 
@@ -132,7 +144,7 @@ std::vector<Kind> kinds() {
          [](const std::string &i) { return call_with(i, [](char *t) { return qvvpn_add_route_mac(kIndex, t); }); },
          [](const std::string &i) { return call_with(i, [](char *t) { return qvvpn_del_route_mac(kIndex, t); }); },
          [vpn_set](const Items &i) { return vpn_set(2, i); }, [] { return vpn_listing(2); },
-         [] { return file_lines(vpntest::mac_file(kIndex)); }, [] { return vpntest::members("vpn_mac1"); }},
+         [] { return file_lines(vpntest::mac_file(kIndex)); }, [] { return lower(vpntest::members("vpn_mac1")); }},
         // The route lists: single items and the list variants take turns.
         {"approute_ip", ip_item,
          [](const std::string &i) { return call_with(i, [](char *t) { return approute_add_route_ip(kIndex, t); }); },
@@ -242,6 +254,10 @@ struct Mode {
     bool processes;
     std::size_t kind;
 };
+
+void PrintTo(const Mode &m, std::ostream *os) {
+    *os << (m.processes ? "processes, " : "threads, ") << kinds()[m.kind].name;
+}
 
 class Concurrent : public qvstest::GatewayTest, public ::testing::WithParamInterface<Mode> {
 protected:
