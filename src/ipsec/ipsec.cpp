@@ -187,7 +187,8 @@ QVS_API int ipsec_generate_client_ca(void) {
     subject[std::strcspn(subject, "\r\n")] = '\0';
     if (QVS_REFUSE_UNSAFE(subject)) return -1;
 
-    if (!file_exists(kDir)) ::mkdir(kDir, 0755);
+    // A new directory's name is on flash with the files put into it.
+    if (!file_exists(kDir) && ::mkdir(kDir, 0755) == 0) qvs::sync_parent_dir(kDir);
 
     qvs::CommandBuffer<kCommandSize> cmd;
     cmd.format("ipsec pki --gen --outform pem > %s", kClientKey);
