@@ -520,10 +520,25 @@ QVS_API int my_localtime(int dstEnable, const char *zone, char *out);
 
 /** Returns seconds + 3600 when that moment (broken down in the process's own
  * zone) lies in summer time (qvsCheckDST), else seconds.
+ * On a 32-bit target a caller built with _TIME_BITS=64 (64-bit time_t)
+ * reaches qvsTimeToDST64 under this name, as glibc redirects its own time
+ * functions; others reach the 32-bit function.
  * @param seconds time in seconds since 1970
  * @par Touches
  * nothing (uses the process's zone). */
+#if defined(__USE_TIME_BITS64) && defined(__TIMESIZE) && __TIMESIZE == 32
+QVS_API time_t qvsTimeToDST(time_t seconds) __asm__("qvsTimeToDST64");
+#else
 QVS_API time_t qvsTimeToDST(time_t seconds);
+#endif
+
+/** The 64-bit twin of qvsTimeToDST, for any caller: seconds + 3600 when that
+ * moment lies in summer time, else seconds; right through 2106 on 32-bit
+ * targets too.
+ * @param seconds time in seconds since 1970
+ * @par Touches
+ * nothing (uses the process's zone). */
+QVS_API int64_t qvsTimeToDST64(int64_t seconds);
 
 /** 1 when the calendar time (year in full, month 1-12) lies between the last
  * Sunday of March 01:00:00 and the last Sunday of October 01:00:00, both

@@ -46,17 +46,18 @@ constexpr Uplink kGpon{QVS_OID_GPON_OLT_REG, 3000, "Authentication Success", "In
                        sizeof kGponFailures / sizeof kGponFailures[0]};
 
 // A timed phase: its time-stamp file, the echo command that creates it and
-// its time-out in seconds.
+// its time-out in seconds. The time is printed in full ("%lld"): a 32-bit
+// long would wrap in 2038.
 struct TimedPhase {
     const char *path;
     const char *create_format;
     long timeout;
 };
 
-constexpr TimedPhase kOltPhase{"/tmp/oltretime", "echo %ld > /tmp/oltretime", 180};
-constexpr TimedPhase kWanPhase{"/tmp/getwantime", "echo %ld > /tmp/getwantime", 120};
-constexpr TimedPhase kRmsPhase{"/tmp/registerrms", "echo %ld > /tmp/registerrms", 120};
-constexpr TimedPhase kServicePhase{"/tmp/servicetime", "echo %ld > /tmp/servicetime", 120};
+constexpr TimedPhase kOltPhase{"/tmp/oltretime", "echo %lld > /tmp/oltretime", 180};
+constexpr TimedPhase kWanPhase{"/tmp/getwantime", "echo %lld > /tmp/getwantime", 120};
+constexpr TimedPhase kRmsPhase{"/tmp/registerrms", "echo %lld > /tmp/registerrms", 120};
+constexpr TimedPhase kServicePhase{"/tmp/servicetime", "echo %lld > /tmp/servicetime", 120};
 
 // Result codes.
 enum : int {
@@ -92,7 +93,7 @@ bool phase_timed_out(const TimedPhase &phase) {
     const long long now = static_cast<long long>(std::time(nullptr));
     if (::access(phase.path, F_OK) != 0) {
         CommandBuffer<128> cmd;
-        cmd.format(phase.create_format, static_cast<long>(now));
+        cmd.format(phase.create_format, now);
         ::qv_do_cmd(cmd.c_str());
         return false;
     }

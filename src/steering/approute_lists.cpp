@@ -483,8 +483,8 @@ int approute_get_route_all(int n, unsigned int type, char *out, int size) {
     if (out == nullptr || size < 1) return -1;
     Path path;
     list_path(path, n, type);
-    // Each line is cut at its first space or tab and at its line end.
-    return join_list_lines(path.c_str(), ',', " \t\n", out, size);
+    // Each line is cut at its first blank (space or tab) and at its line end.
+    return join_list_lines(path.c_str(), ',', kListingCut, out, size);
 }
 
 int approute_get_route_count(int n, int type) {

@@ -69,6 +69,10 @@ bool delete_list_line(const char *func, int k, const char *path);
 // lines appended; -1 when the file cannot be opened.
 int join_list_lines(const char *path, char sep, const char *cut_at, char *out, int size);
 
+// Where the listings cut each line: its first blank (space or tab, as the C
+// library's isblank says) or its line end.
+inline constexpr char kListingCut[] = " \t\n";
+
 // Lower-cases text in place through the C library's tolower table; returns text.
 char *str_tolower(char *text);
 

@@ -311,8 +311,8 @@ int qvvpn_get_route_all(int n, unsigned int type, char *out, int size) {
     if (prefix == nullptr || out == nullptr || size < 1) return -1;
     char path[kPathSize];
     list_path(path, prefix, n);
-    // Each line is cut at its first space and at its line end.
-    return join_list_lines(path, '%', " \n", out, size);
+    // Each line is cut at its first blank (space or tab) and at its line end.
+    return join_list_lines(path, '%', qvs::steering::kListingCut, out, size);
 }
 
 }  // extern "C"

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "core/log.hpp"
+#include "time/summer_time.hpp"
 
 namespace qvs::time {
 
@@ -53,11 +54,19 @@ extern "C" QVS_API int qvsCheckDST(int year, int month, int day, int hour, int m
     return (start <= t && t <= end) ? 1 : 0;
 }
 
-extern "C" QVS_API time_t qvsTimeToDST(time_t seconds) {
+namespace qvs::time {
+
+long long time_to_dst(long long seconds) {
+    const time_t t = static_cast<time_t>(seconds);
     struct tm tm {};
     int is_dst = 0;
-    if (localtime_r(&seconds, &tm) != nullptr)
+    if (localtime_r(&t, &tm) != nullptr)
         is_dst = qvsCheckDST(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec);
-    QVS_UTIL_PRINTF("isDST=%d\n", is_dst);
+    // Logged under the name callers know, whichever of the two they reach.
+    QVS_UTIL_PRINTF_AS("qvsTimeToDST", "isDST=%d\n", is_dst);
     return is_dst == 1 ? seconds + 3600 : seconds;
 }
+
+}  // namespace qvs::time
+
+extern "C" QVS_API int64_t qvsTimeToDST64(int64_t seconds) { return qvs::time::time_to_dst(seconds); }

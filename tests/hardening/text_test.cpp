@@ -4,6 +4,8 @@
 // longer add lines to dnsmasq's configuration.
 #include <sys/stat.h>
 
+#include <cctype>
+
 #include <string>
 #include <vector>
 
@@ -180,6 +182,34 @@ TEST_F(CallerText, PlainDomainsStillWork) {
     Text d("a.example");
     EXPECT_EQ(qvvpn_del_route_domain(1, d.get()), 0);
     EXPECT_EQ(qvstest::read_file(kVpnDir + "/VPN_DOMAIN_1"), "b.example\n");
+}
+
+TEST_F(CallerText, BothListingsCutEachLineAtItsFirstBlank) {
+    // The VPN and route listings read lines alike: a blank is a space or a
+    // tab (isblank); other white space stays in the item.
+    std::string file;
+    std::vector<std::string> items;
+    for (const char c : std::string(" \t\v\f")) {
+        file += std::string("10.0.0.") + std::to_string(items.size()) + c + "tail\n";
+        items.push_back(std::string("10.0.0.") + std::to_string(items.size()) +
+                        (std::isblank(static_cast<unsigned char>(c)) ? "" : std::string(1, c) + "tail"));
+    }
+    file += "\tleading\n";
+    items.push_back("");
+    file += "10.0.0.9 \tmore words\n";
+    items.push_back("10.0.0.9");
+    qvstest::write_file(kVpnDir + "/VPN_IP_1", file);
+    qvstest::write_file(kRouteDir + "/approute_ip1", file);
+    char vpn[512] = {}, route[512] = {};
+    EXPECT_EQ(qvvpn_get_route_all(1, 0, vpn, sizeof vpn), static_cast<int>(items.size()));
+    EXPECT_EQ(approute_get_route_all(1, 0, route, sizeof route), static_cast<int>(items.size()));
+    std::string vpn_expected, route_expected;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        vpn_expected += (i ? "%" : "") + items[i];
+        route_expected += (i ? "," : "") + items[i];
+    }
+    EXPECT_EQ(std::string(vpn), vpn_expected);
+    EXPECT_EQ(std::string(route), route_expected);
 }
 
 }  // namespace

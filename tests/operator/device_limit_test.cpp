@@ -49,6 +49,22 @@ TEST_F(DeviceLimit, TheStartMinuteAppliesBothLimits) {
     expect_balanced();
 }
 
+TEST_F(DeviceLimit, TheStartMinuteWithTheClockPinnedIn2040And2105) {
+    for (int year : {2040, 2105}) {
+        SCOPED_TRACE(year);
+        clear_journal();
+        test_clock_pin(utc(year, 6, 1, 20, 0, 0) - 8 * 3600);  // 20:00 in China
+        std::string out;
+        EXPECT_EQ(handle(out), 0);
+        EXPECT_EQ(out, now_line(20, 0, 20, 0));
+        EXPECT_EQ(effects(), limits("1,2", "1024", "4096"));
+        test_clock_advance(60);
+        clear_journal();
+        EXPECT_EQ(handle(out), -1);
+        EXPECT_EQ(out, now_line(20, 1, 20, 0) + now_line(20, 1, 22, 0));
+    }
+}
+
 TEST_F(DeviceLimit, TheEndMinuteOfADailyTaskLiftsTheLimits) {
     at(20, 0, 0);
     std::string out;

@@ -313,4 +313,31 @@ TEST_F(TimedTask, TheZoneDecidesTheLocalMinute) {
     EXPECT_EQ(out, now_line(0, 0, 0, 0));
 }
 
+// ---- past 2038 -----------------------------------------------------------------
+
+TEST_F(TimedTask, TheClockPinnedIn2040And2105) {
+    task(1, 1, 0, 3 * 3600 + 25 * 60, 0, 0);
+    for (int year : {2040, 2105}) {
+        SCOPED_TRACE(year);
+        std::string out;
+        clear_journal();
+        test_clock_pin(utc(year, 6, 1, 3, 25, 30) - 8 * 3600);  // 03:25:30 in China
+        EXPECT_EQ(handle(out), 0);
+        EXPECT_EQ(out, now_line(3, 25, 3, 25));
+        EXPECT_EQ(effects(), Lines{event_line()});
+        test_clock_advance(30);
+        EXPECT_EQ(handle(out), -1);
+        EXPECT_EQ(out, now_line(3, 26, 3, 25));
+    }
+    // Summer time in 2040 (last Sunday of March: the 25th) still skips 02:30.
+    zone(kEurope);
+    task(1, 1, 0, 2 * 3600 + 30 * 60, 0, 0);
+    std::string out;
+    test_clock_pin(utc(2040, 3, 25, 0, 59, 59));  // 01:59:59 CET
+    EXPECT_EQ(handle(out), -1);
+    test_clock_advance(1);  // 03:00:00 CEST
+    EXPECT_EQ(handle(out), -1);
+    EXPECT_EQ(out, now_line(3, 0, 2, 30));
+}
+
 }  // namespace

@@ -300,6 +300,34 @@ TEST_P(PonTest, HugeStampsDoNotOverflow) {
     EXPECT_EQ(call(), 2);
 }
 
+// ---- past 2038: the phase clocks with the clock pinned in 2040 and 2105 ---------
+
+TEST_P(PonTest, PhaseClocksWithTheClockPinnedIn2040And2105) {
+    for (const long long t : {2224713600LL /* 2040-07-01 */, 4275849600LL /* 2105-07-01 */}) {
+        SCOPED_TRACE(t);
+        const std::string text = std::to_string(t);
+        test_clock_pin(t);
+        ::remove("/tmp/oltretime");
+        ::remove("/tmp/getwantime");
+        set_state(up(), up().known_failures[0]);
+        simjournal::clear();
+        EXPECT_EQ(call(), 2);
+        EXPECT_EQ(simjournal::commands(), std::vector<std::string>{"echo " + text + " > /tmp/oltretime"});
+        EXPECT_EQ(read_file("/tmp/oltretime"), text + "\n");
+        test_clock_advance(180);
+        EXPECT_EQ(call(), 2);
+        test_clock_advance(1);
+        EXPECT_EQ(call(), 3);
+        set_state(up(), up().registered);
+        simjournal::clear();
+        EXPECT_EQ(call(), 5);
+        EXPECT_EQ(simjournal::commands(),
+                  std::vector<std::string>{"echo " + std::to_string(t + 181) + " > /tmp/getwantime"});
+        test_clock_advance(121);
+        EXPECT_EQ(call(), 6);
+    }
+}
+
 // ---- WAN phase ------------------------------------------------------------------
 
 TEST_P(PonTest, RegisteredWithoutConnectionsWaitsForTheWan) {

@@ -8,7 +8,14 @@
  * Unpinned, everything is real. Pinned, the clock stands still until a test
  * moves it, and every sleep returns at once after moving the pinned clock by
  * what was asked: an algorithm that polls ten times a second apart runs in
- * no wall time, and the test still sees how often and how long it paused. */
+ * no wall time, and the test still sees how often and how long it paused.
+ *
+ * On a 32-bit target the clock holds 64-bit time and answers both kinds of
+ * caller: code built with _TIME_BITS=64 (the library and the suites on
+ * armhf), which reaches glibc's 64-bit entry points (__time64,
+ * __clock_gettime64, ...), and code built with the 32-bit time_t, which
+ * reaches the plain names. Seconds are given and returned as long long, so
+ * a clock pinned past 2038 means the same to either. */
 #ifndef QVSTEST_TEST_CLOCK_H
 #define QVSTEST_TEST_CLOCK_H
 
@@ -19,7 +26,7 @@ extern "C" {
 #endif
 
 /* Pins the clock at t (whole seconds); clears the counters. */
-void test_clock_pin(time_t t);
+void test_clock_pin(long long t);
 /* Moves a pinned clock by the given seconds (negative goes back). */
 void test_clock_advance(long seconds);
 /* Back to the real clock; clears the counters. */
@@ -27,8 +34,9 @@ void test_clock_release(void);
 /* 1 while pinned. */
 int test_clock_pinned(void);
 /* The real wall clock, pinned or not. */
-time_t test_clock_real_now(void);
-/* The pinned clock's current value, to the nanosecond. */
+long long test_clock_real_now(void);
+/* The pinned clock's current value, to the nanosecond (for callers built
+ * with the library's time_t: 64 bits on every target). */
 struct timespec test_clock_now(void);
 
 /* Since the last pin or release: how often time() was asked, how many

@@ -103,6 +103,21 @@ TEST_F(CurrentTime, MovingTheClockMovesTheStamp) {
     EXPECT_EQ(at(t + 3601), "2026-01-01T01:00:00");
 }
 
+TEST_F(CurrentTime, TheClockPinnedIn2040And2105) {
+    EXPECT_EQ(at(utc(2040, 1, 1, 0, 0, 0)), "2040-01-01T08:00:00");
+    EXPECT_EQ(at(utc(2040, 2, 29, 4, 0, 0)), "2040-02-29 12:00:00");
+    // The stamps' calendar has no century rule: from March 2100 on it is
+    // one day behind the Gregorian one (here 2105-12-31 23:59:59 and
+    // 2106-01-01 00:00:00 in +08:00).
+    EXPECT_EQ(at(utc(2105, 12, 31, 15, 59, 59)), "2105-12-30T23:59:59");
+    EXPECT_EQ(at(utc(2105, 12, 31, 16, 0, 0)), "2105-12-31T00:00:00");
+    ASSERT_EQ(qvsim_set(85, "", "LocalTimeZone", "+00:00"), 0);
+    ASSERT_EQ(qvsim_set(85, "", "DaylightSavingsUsed", "1"), 0);
+    CaptureFd e(2);
+    EXPECT_EQ(at(utc(2040, 7, 1, 12, 0, 0)), "2040-07-01T13:00:00");
+    EXPECT_EQ(at(utc(2105, 7, 1, 12, 0, 0)), "2105-06-30T13:00:00");
+}
+
 TEST_F(CurrentTime, ZoneWithoutSignIsUtcAndNotAFailure) {
     ASSERT_EQ(qvsim_set(85, "", "LocalTimeZone", ""), 0);
     timetest::use_zone("XXX-3");  // the fallback would show +3 hours

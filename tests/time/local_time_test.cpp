@@ -278,6 +278,36 @@ TEST_F(LocalTime, FollowsTheRealClock) {
     EXPECT_TRUE(matches) << got;
 }
 
+// ---- past 2038 (64-bit time on every target) -----------------------------------
+
+// The stamps' calendar counts every fourth year as a leap year (no century
+// rule): from March 2100 on it runs one day behind the Gregorian calendar.
+// The instant itself (64-bit time, the zone shift, summer time) is right.
+TEST_F(LocalTime, StampsWithTheClockPinnedIn2040And2105) {
+    EXPECT_EQ(at(utc(2040, 7, 1, 12, 0, 0), "+08:00", 1), "2040-07-01T21:00:00");
+    EXPECT_EQ(at(utc(2040, 2, 29, 12, 0, 0), "+00:00"), "2040-02-29 12:00:00");
+    EXPECT_EQ(at(utc(2040, 12, 1, 12, 0, 0), "-05:00", 1), "2040-12-01T07:00:00");
+    for (int y = 2038; y <= 2099; ++y)
+        for (long long t : {utc(y, 1, 1, 0, 0, 0), utc(y, 2, 28, 23, 59, 59), utc(y, 3, 1, 0, 0, 0),
+                            utc(y, 12, 31, 23, 59, 59)})
+            EXPECT_EQ(at(t, "+00:00"), reference(t)) << t;
+    EXPECT_EQ(at(utc(2100, 2, 28, 23, 59, 59), "+00:00"), "2100-02-28T23:59:59");
+    EXPECT_EQ(at(utc(2100, 3, 1, 0, 0, 0), "+00:00"), "2100-02-29 00:00:00");
+    // Gregorian 2105-06-30 19:00 local, summer time judged on it: 20:00.
+    EXPECT_EQ(at(utc(2105, 7, 1, 0, 0, 0), "-05:00", 1), "2105-06-29T20:00:00");
+    // Gregorian 2106-01-01 07:59:59 local.
+    EXPECT_EQ(at(utc(2105, 12, 31, 23, 59, 59), "+08:00"), "2105-12-31T07:59:59");
+}
+
+TEST_F(LocalTime, SettimeIn2040And2105) {
+    char out[26] = {};
+    EXPECT_EQ(my_settime(local_tm(2040, 7, 1, 8, 0, 0), "+08:00", out), 0);
+    EXPECT_STREQ(out, "2040-07-01 00:00:00");
+    // Gregorian 2106-01-01 01:30, in the stamps' calendar.
+    EXPECT_EQ(my_settime(local_tm(2105, 12, 31, 20, 0, 0), "-05:30", out), 0);
+    EXPECT_STREQ(out, "2105-12-31 01:30:00");
+}
+
 // ---- UTC texts from local times ----------------------------------------------------
 
 TEST_F(LocalTime, SettimePlusZoneSubtracts) {
