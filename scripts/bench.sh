@@ -7,7 +7,10 @@
 #    an armhf OpenSSL (emulated: reported, not judged);
 # 3. the Google Benchmark programs (bench_vpnroute: statistics time next to
 #    the time of merely reading the same "ipset list" output);
-# 4. the spawn report (scripts/spawn-report.sh): process starts per call.
+# 4. the list writes on a disk filesystem (bench_listsync, a directory of
+#    the build tree on the project's disk bound over /userconfig): time per
+#    call and, from strace, data syncs (fsync, fdatasync) per call;
+# 5. the spawn report (scripts/spawn-report.sh): process starts per call.
 # Exits non-zero when a target is missed; every part still runs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -37,7 +40,9 @@ else
 fi
 
 benches=()
-for b in "$build"/bin/bench_*; do [ "${b##*/}" = bench_base64 ] || benches+=("$b"); done
+for b in "$build"/bin/bench_*; do
+  case "${b##*/}" in bench_base64|bench_listsync) ;; *) benches+=("$b") ;; esac
+done
 if [ ${#benches[@]} -eq 0 ]; then
   echo "bench.sh: no benchmarks under $build/bin (configure with the host-release preset)" >&2
   exit 1
@@ -66,6 +71,19 @@ for kind in ("Ip", "Domain"):
 PY
     fi' sh "$PWD/$b" "$name"
 done
+
+echo
+echo "=== list writes on a disk filesystem (bench_listsync; syncs per call counted by strace)"
+if [ -x "$build/bin/bench_listsync" ]; then
+  disk="$PWD/$build/listsync-disk"
+  rm -rf "$disk" && mkdir -p "$disk"
+  echo "/userconfig: $(df -T "$disk" | awk 'NR == 2 {print $2 " on " $1}')"
+  QVS_SANDBOX_KEEP="$disk" nice -n 10 tests/sandbox/qvs-sandbox env LD_LIBRARY_PATH="$PWD/$build/lib" \
+    bash scripts/listsync-bench.sh "$disk" "$PWD/$build/bin/bench_listsync" || status=1
+  rm -rf "$disk"
+else
+  echo "bench_listsync not built (configure with the host-release preset)"; status=1
+fi
 
 echo
 echo "=== process starts per call (scripts/spawn-report.sh, rows in bench/spawns/)"

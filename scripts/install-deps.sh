@@ -18,6 +18,8 @@ host_pkgs=(
   abigail-tools doxygen lintian file gzip
   # Hardening: coverage and memcheck
   gcovr valgrind
+  # Power-cut tests: a FUSE filesystem that keeps only what was synced
+  fuse3 libfuse3-dev
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
 # -dev:armhf package would need index files the security mirror may lack.

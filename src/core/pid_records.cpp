@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "command.hpp"
+#include "durable_file.hpp"
 
 namespace qvs::pid {
 
@@ -94,12 +95,14 @@ int qvs_util_recordProcessPid(const char *process_name) {
         return -1;
     int pid = qvs_util_get_process_pid(process_name);
     qvs::pid::RecordPath path(process_name);
-    qvs::File f(path.c_str(), "w");
+    // Other processes read the record: replaced by rename, never seen empty.
+    qvs::FileRewrite f(path.c_str(), qvs::Durability::kVolatile);
     if (!f) {
         std::printf("record Pid_file:%s fail !", path.c_str());
         return -1;
     }
     std::fprintf(f.get(), "%d", pid);
+    f.commit();
     return 0;
 }
 

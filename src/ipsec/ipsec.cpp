@@ -2,14 +2,17 @@
 // client key and certificate issued by the operator's CA through `ipsec pki`,
 // and each configured tunnel's connection state from the IKE daemon's list of
 // security associations (`swanctl --list-sas`).
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 
 #include "core/command.hpp"
+#include "core/durable_file.hpp"
 #include "core/store.hpp"
 
 namespace qvs::ipsec {
@@ -61,6 +64,13 @@ constexpr StateWord kChildStates[] = {
 };
 
 bool file_exists(const char *path) { return ::access(path, F_OK) == 0; }
+
+void sync_file(const char *path) {
+    const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return;
+    ::fsync(fd);
+    ::close(fd);
+}
 
 template <std::size_t N>
 const char *state_of(const StateWord (&table)[N], const char *text) {
@@ -142,15 +152,14 @@ QVS_API int ipsec_write_ca_info(const char *countryca, const char *organizationc
     // The subject ends up inside the issue command line.
     if (QVS_REFUSE_UNSAFE(countryca) || QVS_REFUSE_UNSAFE(organizationca)) return -1;
 
-    qvs::File f(kInfoPath, "w");
+    // Replaced by rename and synced: the issue step never reads half a subject.
+    qvs::FileRewrite f(kInfoPath);
     if (!f) {
         QVS_UTIL_PRINTF("open file %s failed!", kInfoPath);
         return -1;
     }
-    const bool written = std::fprintf(f.get(), "C=%s, O=%s, CN=Client", countryca, organizationca) >= 0 &&
-                         std::fflush(f.get()) == 0;
-    const bool closed = std::fclose(f.release()) == 0;
-    if (!written || !closed) {
+    std::fprintf(f.get(), "C=%s, O=%s, CN=Client", countryca, organizationca);
+    if (!f.commit()) {
         QVS_UTIL_PRINTF("write file %s failed!", kInfoPath);
         return -1;
     }
@@ -178,7 +187,8 @@ QVS_API int ipsec_generate_client_ca(void) {
     subject[std::strcspn(subject, "\r\n")] = '\0';
     if (QVS_REFUSE_UNSAFE(subject)) return -1;
 
-    if (!file_exists(kDir)) ::mkdir(kDir, 0755);
+    // A new directory's name is on flash with the files put into it.
+    if (!file_exists(kDir) && ::mkdir(kDir, 0755) == 0) qvs::sync_parent_dir(kDir);
 
     qvs::CommandBuffer<kCommandSize> cmd;
     cmd.format("ipsec pki --gen --outform pem > %s", kClientKey);
@@ -190,6 +200,10 @@ QVS_API int ipsec_generate_client_ca(void) {
     ::qv_do_cmd(cmd.c_str());
     cmd.format("mv %s %s", kTmpCaCert, kCaCert);
     ::qv_do_cmd(cmd.c_str());
+    // The commands write and move without syncing: the four files, then
+    // their names, are on flash before 0 is returned.
+    for (const char *path : {kClientKey, kClientCert, kCaKey, kCaCert}) sync_file(path);
+    qvs::sync_dir(kDir);
     return 0;
 }
 

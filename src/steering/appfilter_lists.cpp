@@ -11,6 +11,7 @@
 
 #include "core/comma_list.hpp"
 #include "core/command.hpp"
+#include "core/list_lock.hpp"
 #include "core/log.hpp"
 #include "steering/approute_common.hpp"
 #include "steering/list_file.hpp"
@@ -148,12 +149,19 @@ bool gate_deleted(const char *func, char *list) {
     return qvs::comma_list_gate(func, __LINE__, list, 0, qvs::LongItem::kSkip, qvs::TrailingLineEnd::kRefused);
 }
 
+// The rule index's three lists and the module's copy: one writer at a time,
+// held for the whole call.
+#define LOCK_RULE(n) \
+    qvs::ListLock rule_lock(__func__, "appfilter", (n)); \
+    if (!rule_lock) return -1
+
 }  // namespace
 }  // namespace qvs::steering
 
 using namespace qvs::steering;
 
 extern "C" int update_data_list_to_appfilter_module(int n, unsigned int type) {
+    LOCK_RULE(n);
     Path path;
     list_path(path, n, type);
     qvs::File f(path.c_str(), "r");
@@ -189,39 +197,57 @@ extern "C" {
 
 int appfilter_add_route_iplist(int n, char *list) {
     if (!gate_added(__func__, n, kTypeIp, list)) return -1;
+    LOCK_RULE(n);
     return edit_list(n, kTypeIp, list, true, __func__);
 }
 
 int appfilter_add_route_domainlist(int n, char *list) {
     if (!gate_added(__func__, n, kTypeDomain, list)) return -1;
+    LOCK_RULE(n);
     return edit_list(n, kTypeDomain, list, true, __func__);
 }
 
 int appfilter_add_route_maclist(int n, char *list) {
     if (!gate_added(__func__, n, kTypeMac, list)) return -1;
+    LOCK_RULE(n);
     return edit_list(n, kTypeMac, list, true, __func__);
 }
 
 int appfilter_del_route_iplist(int n, char *list) {
     if (!gate_deleted(__func__, list)) return -1;
+    LOCK_RULE(n);
     return edit_list(n, kTypeIp, list, false, __func__);
 }
 
 int appfilter_del_route_domainlist(int n, char *list) {
     if (!gate_deleted(__func__, list)) return -1;
+    LOCK_RULE(n);
     return edit_list(n, kTypeDomain, list, false, __func__);
 }
 
 int appfilter_del_route_maclist(int n, char *list) {
     if (!gate_deleted(__func__, list)) return -1;
+    LOCK_RULE(n);
     return edit_list(n, kTypeMac, list, false, __func__);
 }
 
-int appfilter_flush_route_ip(int n) { return flush_list(n, kTypeIp, __func__); }
-int appfilter_flush_route_domain(int n) { return flush_list(n, kTypeDomain, __func__); }
-int appfilter_flush_route_mac(int n) { return flush_list(n, kTypeMac, __func__); }
+int appfilter_flush_route_ip(int n) {
+    LOCK_RULE(n);
+    return flush_list(n, kTypeIp, __func__);
+}
+
+int appfilter_flush_route_domain(int n) {
+    LOCK_RULE(n);
+    return flush_list(n, kTypeDomain, __func__);
+}
+
+int appfilter_flush_route_mac(int n) {
+    LOCK_RULE(n);
+    return flush_list(n, kTypeMac, __func__);
+}
 
 int appfilter_add_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n);
     switch (type) {
         case kTypeIp: return appfilter_add_route_iplist(n, list);
         case kTypeDomain: return appfilter_add_route_domainlist(n, list);
@@ -231,6 +257,7 @@ int appfilter_add_route_list(int n, unsigned int type, char *list) {
 }
 
 int appfilter_del_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n);
     switch (type) {
         case kTypeIp: return appfilter_del_route_iplist(n, list);
         case kTypeDomain: return appfilter_del_route_domainlist(n, list);
@@ -240,6 +267,7 @@ int appfilter_del_route_list(int n, unsigned int type, char *list) {
 }
 
 int appfilter_flush_route_list(int n, unsigned int type) {
+    LOCK_RULE(n);
     switch (type) {
         case kTypeIp: return appfilter_flush_route_ip(n);
         case kTypeDomain: return appfilter_flush_route_domain(n);
@@ -249,6 +277,7 @@ int appfilter_flush_route_list(int n, unsigned int type) {
 }
 
 int appfilter_get_route_list(int n, int type, char *out, int size) {
+    LOCK_RULE(n);
     if (::access(kAppFilterDir, W_OK) != 0) return -1;
     if (out == nullptr || size < 1) return -1;
     Path path;

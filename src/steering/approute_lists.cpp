@@ -11,6 +11,8 @@
 
 #include "core/comma_list.hpp"
 #include "core/command.hpp"
+#include "core/list_lock.hpp"
+#include "core/list_text.hpp"
 #include "core/log.hpp"
 #include "steering/approute_common.hpp"
 #include "steering/list_file.hpp"
@@ -196,29 +198,40 @@ int flush_one(int n, unsigned api_type, const char *func) {
     return 0;
 }
 
-// Line k of the file (256-byte buffer, line end kept); false when unread.
-bool read_line(const char *path, int k, char (&line)[256]) {
-    File f(path, "r");
-    if (!f) return false;
-    for (int i = 1; i <= k; ++i)
-        if (std::fgets(line, sizeof line, f.get()) == nullptr) return false;
-    return true;
-}
+// The list variants edit the list's text in memory and write it back once
+// at the end (one durable append or rewrite), so a power cut leaves the old
+// or the new list; the commands go out in the same order as item by item.
 
 // The domain replacement rule: an item found in a line replaces that line
-// (which moves an equal entry to the end of the file). The inner delete
+// (which moves an equal entry to the end of the list). The inner delete
 // and add work as approute_del_route_domain and approute_add_route_domain
-// would: the stored line (not caller text) passes the delete's gate, its
-// line end removed; the item already passed the list's gate.
-int replace_domain(int n, const char *path, char *item, const char *func) {
-    int k = find_line_in_file(path, item);
-    if (k == 0) return append_list_line(func, path, item);
+// would, with their names in the log: the stored line (not caller text)
+// passes the delete's gate, its line end removed; the item already passed
+// the list's gate.
+int replace_domain(int n, ListText &text, const Path &path, char *item) {
+    constexpr char kDelFunc[] = "approute_del_route_domain";
+    constexpr char kAddFunc[] = "approute_add_route_domain";
+    const int ktype = kernel_type(kTypeDomain);
+    int k = text.find(item);
+    if (k == 0) return text.append_line(item) ? 0 : -1;
     char line[256] = {};
-    if (!read_line(path, k, line)) return 0;
+    if (!text.piece(k, line, sizeof line)) return 0;
     if (std::strcmp(line, item) == 0) return 0;
-    if (gate_del("approute_del_route_domain", n, kTypeDomain, line, qvs::TrailingLineEnd::kRemoved))
-        del_one(n, kTypeDomain, line, "approute_del_route_domain");
-    return add_one(n, kTypeDomain, item, "approute_add_route_domain") < 0 ? -1 : 0;
+    if (gate_del(kDelFunc, n, kTypeDomain, line, qvs::TrailingLineEnd::kRemoved) &&
+        dir_step(ListDir::kAppRoute, kDelFunc) == DirStep::kPresent) {
+        const int kk = text.find(line);
+        if (kk != 0) {
+            if (text.remove_line(kk))
+                approute_echo_del(kDelFunc, n, ktype, line);
+            else
+                QVS_LOG_AS(kDelFunc, qvs::kLogError, "delete line %d of %s failed.\n", kk, path.c_str());
+        }
+    }
+    if (dir_step(ListDir::kAppRoute, kAddFunc) == DirStep::kFailed) return -1;
+    if (text.find(item) != 0) return 0;
+    if (!text.append_line(item)) return -1;
+    approute_echo_add(kAddFunc, n, ktype, item);
+    return 0;
 }
 
 int add_list(int n, unsigned api_type, char *list, const char *func) {
@@ -229,16 +242,34 @@ int add_list(int n, unsigned api_type, char *list, const char *func) {
         approute_echo_add_mac_copy(func, n, list, true);
     else
         approute_echo_add(func, n, kernel_type(api_type), list);
+    // As before, the module hears of the list even when the file fails.
+    ListText text;
+    if (!text.load(path.c_str())) {
+        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path.c_str());
+        return -1;
+    }
+    int result = 0;
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
         if (api_type == kTypeDomain) {
-            if (replace_domain(n, path.c_str(), item, func) != 0) return -1;
+            if (replace_domain(n, text, path, item) != 0) {
+                result = -1;
+                break;
+            }
             continue;
         }
-        if (search(path.c_str(), api_type, item) != 0) continue;
-        if (append_list_line(func, path.c_str(), item) != 0) return -1;
+        if (text.find(item, api_type == kTypeMac) != 0) continue;
+        if (!text.append_line(item)) {
+            result = -1;
+            break;
+        }
     }
-    return 0;
+    // What was added before a failure is still written, as item by item.
+    if (!text.write_back(path.c_str())) {
+        QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", path.c_str());
+        return -1;
+    }
+    return result;
 }
 
 int del_list(int n, unsigned api_type, char *list, const char *func) {
@@ -249,13 +280,28 @@ int del_list(int n, unsigned api_type, char *list, const char *func) {
     list_path(path, n, api_type);
     if (api_type == kTypeMac) str_tolower(list);
     approute_echo_del(func, n, kernel_type(api_type), list);
+    ListText text;
+    if (!text.load(path.c_str())) return 0;
+    int first = 0;  // the first line removed: named when the rewrite fails
     char *save = nullptr;
     for (char *item = ::strtok_r(list, ",", &save); item != nullptr; item = ::strtok_r(nullptr, ",", &save)) {
-        int k = search(path.c_str(), api_type, item);
-        if (k != 0) delete_list_line(func, k, path.c_str());
+        int k = text.find(item, api_type == kTypeMac);
+        if (k == 0) continue;
+        if (!text.remove_line(k))
+            QVS_LOG_AS(func, qvs::kLogError, "delete line %d of %s failed.\n", k, path.c_str());
+        else if (first == 0)
+            first = k;
     }
+    if (!text.write_back(path.c_str()))
+        QVS_LOG_AS(func, qvs::kLogError, "delete line %d of %s failed.\n", first, path.c_str());
     return 0;
 }
+
+// The rule index's three lists and the module's copy: one writer at a time,
+// held for the whole call (fail is the function's failure result).
+#define LOCK_RULE(n, fail) \
+    qvs::ListLock rule_lock(__func__, "approute", (n)); \
+    if (!rule_lock) return (fail)
 
 }  // namespace
 }  // namespace qvs::steering
@@ -267,69 +313,93 @@ extern "C" {
 
 int approute_add_route_ip(int n, char *ip) {
     if (!gate_add(__func__, n, kTypeIp, ip, TrailingLineEnd::kRefused)) return -1;
+    LOCK_RULE(n, -1);
     return add_one(n, kTypeIp, ip, __func__);
 }
 
 int approute_add_route_domain(int n, char *domain) {
     if (!gate_add(__func__, n, kTypeDomain, domain, TrailingLineEnd::kRefused)) return -1;
+    LOCK_RULE(n, -1);
     return add_one(n, kTypeDomain, domain, __func__);
 }
 
 int approute_add_route_mac(int n, char *mac) {
     if (!gate_add(__func__, n, kTypeMac, mac, TrailingLineEnd::kRefused)) return -1;
+    LOCK_RULE(n, -1);
     return add_one(n, kTypeMac, mac, __func__);
 }
 
 int approute_del_route_ip(int n, char *ip) {
     if (!gate_del(__func__, n, kTypeIp, ip, TrailingLineEnd::kRefused)) return -1;
+    LOCK_RULE(n, -1);
     return del_one(n, kTypeIp, ip, __func__);
 }
 
 int approute_del_route_domain(int n, char *domain) {
     if (!gate_del(__func__, n, kTypeDomain, domain, TrailingLineEnd::kRefused)) return -1;
+    LOCK_RULE(n, -1);
     return del_one(n, kTypeDomain, domain, __func__);
 }
 
 int approute_del_route_mac(int n, char *mac) {
     if (!gate_del(__func__, n, kTypeMac, mac, TrailingLineEnd::kRefused)) return -1;
+    LOCK_RULE(n, -1);
     return del_one(n, kTypeMac, mac, __func__);
 }
 
-int approute_flush_route_ip(int n) { return flush_one(n, kTypeIp, __func__); }
-int approute_flush_route_domain(int n) { return flush_one(n, kTypeDomain, __func__); }
-int approute_flush_route_mac(int n) { return flush_one(n, kTypeMac, __func__); }
+int approute_flush_route_ip(int n) {
+    LOCK_RULE(n, -1);
+    return flush_one(n, kTypeIp, __func__);
+}
+
+int approute_flush_route_domain(int n) {
+    LOCK_RULE(n, -1);
+    return flush_one(n, kTypeDomain, __func__);
+}
+
+int approute_flush_route_mac(int n) {
+    LOCK_RULE(n, -1);
+    return flush_one(n, kTypeMac, __func__);
+}
 
 int approute_add_route_iplist(int n, char *list) {
     if (!gate_add_list(__func__, n, kTypeIp, list)) return -1;
+    LOCK_RULE(n, -1);
     return add_list(n, kTypeIp, list, __func__);
 }
 
 int approute_add_route_domainlist(int n, char *list) {
     if (!gate_add_list(__func__, n, kTypeDomain, list)) return -1;
+    LOCK_RULE(n, -1);
     return add_list(n, kTypeDomain, list, __func__);
 }
 
 int approute_add_route_maclist(int n, char *list) {
     if (!gate_add_list(__func__, n, kTypeMac, list)) return -1;
+    LOCK_RULE(n, -1);
     return add_list(n, kTypeMac, list, __func__);
 }
 
 int approute_del_route_iplist(int n, char *list) {
     if (!gate_del(__func__, n, kTypeIp, list, TrailingLineEnd::kRemoved)) return -1;
+    LOCK_RULE(n, -1);
     return del_list(n, kTypeIp, list, __func__);
 }
 
 int approute_del_route_domainlist(int n, char *list) {
     if (!gate_del(__func__, n, kTypeDomain, list, TrailingLineEnd::kRemoved)) return -1;
+    LOCK_RULE(n, -1);
     return del_list(n, kTypeDomain, list, __func__);
 }
 
 int approute_del_route_maclist(int n, char *list) {
     if (!gate_del(__func__, n, kTypeMac, list, TrailingLineEnd::kRemoved)) return -1;
+    LOCK_RULE(n, -1);
     return del_list(n, kTypeMac, list, __func__);
 }
 
 int approute_add_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n, 0);
     switch (type) {
         case kTypeIp: approute_add_route_iplist(n, list); break;
         case kTypeDomain: approute_add_route_domainlist(n, list); break;
@@ -340,6 +410,7 @@ int approute_add_route_list(int n, unsigned int type, char *list) {
 }
 
 int approute_del_route_list(int n, unsigned int type, char *list) {
+    LOCK_RULE(n, 0);
     switch (type) {
         case kTypeIp: approute_del_route_iplist(n, list); break;
         case kTypeDomain: approute_del_route_domainlist(n, list); break;
@@ -357,6 +428,7 @@ int approute_set_route_all(int n, unsigned int type, char *list) {
     if (!qvs::comma_list_gate(__func__, __LINE__, list, room, known ? qvs::LongItem::kRefuse : qvs::LongItem::kSkip,
                               TrailingLineEnd::kRefused))
         return -1;
+    LOCK_RULE(n, -1);
     if (dir_step(ListDir::kAppRoute, __func__) == DirStep::kFailed) return -1;
     if (!known) return -1;
     const int ktype = kernel_type(type);
@@ -379,6 +451,7 @@ int approute_set_route_all(int n, unsigned int type, char *list) {
 }
 
 int approute_reload_route(int n) {
+    LOCK_RULE(n, -1);
     DirStep step = dir_step(ListDir::kAppRoute, __func__);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
@@ -402,6 +475,7 @@ int approute_reload_route(int n) {
 }
 
 int approute_get_route_all(int n, unsigned int type, char *out, int size) {
+    LOCK_RULE(n, -1);
     DirStep step = dir_step(ListDir::kAppRoute, __func__);
     if (step == DirStep::kFailed) return -1;
     if (step == DirStep::kCreated) return 0;
@@ -414,6 +488,7 @@ int approute_get_route_all(int n, unsigned int type, char *out, int size) {
 }
 
 int approute_get_route_count(int n, int type) {
+    LOCK_RULE(n, 0);
     if (::access(kAppRouteDir, W_OK) != 0) return 0;
     Path path;
     list_path(path, n, type >= 0 ? static_cast<unsigned>(type) : 3u);

@@ -9,13 +9,19 @@
 #include <string_view>
 
 #include "core/command.hpp"
+#include "core/durable_file.hpp"
+#include "core/list_text.hpp"
 #include "core/log.hpp"
 
 namespace qvs::steering {
 
 DirStep list_dir_step(const char *dir, const char *func, const char *fail_text) {
     if (::access(dir, W_OK) == 0) return DirStep::kPresent;
-    if (::mkdir(dir, 0755) == 0) return DirStep::kCreated;
+    // A new directory's name is on flash before anything is written into it.
+    if (::mkdir(dir, 0755) == 0) {
+        sync_parent_dir(dir);
+        return DirStep::kCreated;
+    }
     QVS_LOG_AS(func, kLogError, "%s", fail_text);
     return DirStep::kFailed;
 }
@@ -39,49 +45,9 @@ bool refuse_unsafe_line(const char *func, int line, const char *text) {
     return !is_shell_safe(t) && refuse_unsafe_text(func, line, text);
 }
 
-FileRewrite::FileRewrite(const char *path) : f_(nullptr) {
-    std::snprintf(path_, sizeof path_, "%s", path);
-    // A path of at most 127 characters and a pid of at most 10 digits fit.
-    std::snprintf(tmp_, sizeof tmp_, "%s.%d.new", path_, static_cast<int>(::getpid()));
-    f_ = std::fopen(tmp_, "w");
-}
-
-FileRewrite::~FileRewrite() { discard(); }
-
-void FileRewrite::discard() {
-    if (f_ == nullptr) return;
-    std::fclose(f_);
-    f_ = nullptr;
-    ::unlink(tmp_);
-}
-
-bool FileRewrite::commit() {
-    if (f_ == nullptr) return false;
-    bool ok = std::ferror(f_) == 0;
-    ok = std::fflush(f_) == 0 && ok;
-    std::FILE *f = f_;
-    f_ = nullptr;
-    ok = std::fclose(f) == 0 && ok;
-    if (ok && std::rename(tmp_, path_) == 0) return true;
-    ::unlink(tmp_);
-    return false;
-}
-
 int append_list_line(const char *func, const char *path, const char *text) {
-    File f(path, "a+");
-    if (!f) {
-        QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
-        return -1;
-    }
-    struct stat st = {};
-    const bool sized = ::fstat(::fileno(f.get()), &st) == 0;
-    bool ok = sized && std::fprintf(f.get(), "%s\n", text) >= 0;
-    ok = std::fflush(f.get()) == 0 && ok;
-    std::FILE *raw = f.release();
-    ok = std::fclose(raw) == 0 && ok;
-    if (ok) return 0;
-    // Cut back whatever part of the line reached the file.
-    if (sized) (void)::truncate(path, st.st_size);
+    ListText line;
+    if (line.append_line(text) && durable_append(path, line.data(), line.size())) return 0;
     QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
     return -1;
 }
@@ -103,13 +69,8 @@ int write_list_file(const char *func, const char *path, const char *text) {
 }
 
 bool delete_list_line(const char *func, int k, const char *path) {
-    struct stat before = {};
-    const bool had = ::stat(path, &before) == 0;
-    CommandBuffer<128> cmd;
-    cmd.format("sed -i '%dd' %s", k, path);
-    ::qv_do_cmd(cmd.c_str());
-    struct stat after = {};
-    if (had && ::stat(path, &after) == 0 && after.st_size < before.st_size) return true;
+    ListText text;
+    if (text.load(path) && text.remove_line(k) && text.write_back(path)) return true;
     QVS_LOG_AS(func, kLogError, "delete line %d of %s failed.\n", k, path);
     return false;
 }

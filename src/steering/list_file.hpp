@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "core/durable_file.hpp"
+
 namespace qvs::steering {
 
 // Outcome of the directory step that comes first in the list functions.
@@ -31,35 +33,13 @@ int find_line_in_file(const char *path, const char *needle);
 // A null text is not refused here.
 bool refuse_unsafe_line(const char *func, int line, const char *text);
 
-// A whole-file rewrite that never leaves a torn file: the new content goes
-// to a temporary file in the same directory ("<path>.<pid>.new", opened
-// "w"), which replaces the file by rename only when every write, the flush
-// and the close succeeded. Otherwise, and when commit() is never called,
-// the temporary file is removed and the file stays exactly as it was.
-class FileRewrite {
-public:
-    explicit FileRewrite(const char *path);
-    ~FileRewrite();
-    FileRewrite(const FileRewrite &) = delete;
-    FileRewrite &operator=(const FileRewrite &) = delete;
-    explicit operator bool() const { return f_ != nullptr; }
-    std::FILE *get() const { return f_; }
-    // Checks the writes, flushes, closes and renames; false when any step
-    // failed (the temporary file is then gone).
-    bool commit();
+// The durable whole-file rewrite of every list file.
+using qvs::FileRewrite;
 
-private:
-    void discard();
-    char path_[128];
-    char tmp_[160];
-    std::FILE *f_;
-};
-
-// Appends "%s\n" to the list file (opened "a+"). When it cannot be opened,
-// logs "open file %s failed.\n" with the path at level 1 under func and
-// gives -1. When the write, flush or close fails (a full flash), the file is
-// cut back to its old length, the same line is logged and the result is -1;
-// 0 otherwise.
+// Appends "%s\n" to the list file durably (durable_append). When it cannot
+// be opened, or the write, flush, sync or close fails (a full flash), the
+// file is cut back to its old length, "open file %s failed.\n" is logged
+// with the path at level 1 under func and the result is -1; 0 otherwise.
 int append_list_line(const char *func, const char *path, const char *text);
 
 // Replaces the file's content by text ("" leaves it empty) through a
@@ -74,11 +54,12 @@ int write_list_file(const char *func, const char *path, const char *text);
 // quietly). 0 or -1.
 int commit_list_file(const char *func, FileRewrite &file, const char *path);
 
-// Deletes line k (1-based) of the file by "sed -i '%dd' %s" (128-byte
-// command line, cut at 127 characters). True when the file got shorter;
-// otherwise (sed could not rewrite it, e.g. on a full flash) logs "delete
-// line %d of %s failed.\n" at level 1 under func and gives false: the
-// caller then sends no kernel command for the line.
+// Deletes line k (1-based) of the file with its line end, nothing else, as
+// "sed '<k>d'" would, through one durable rewrite (no sed: a sed -i
+// rewrite is never synced). True when the line was removed; otherwise (no
+// such line, or the rewrite failed, e.g. on a full flash) logs "delete line
+// %d of %s failed.\n" at level 1 under func and gives false: the caller
+// then sends no kernel command for the line.
 bool delete_list_line(const char *func, int k, const char *path);
 
 // Joins the lines of the file into out (size bytes, at least 1; emptied

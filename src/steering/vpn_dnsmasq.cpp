@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "core/command.hpp"
+#include "core/durable_file.hpp"
 #include "core/log.hpp"
 #include "steering/vpn_common.hpp"
 
@@ -54,7 +55,8 @@ int update_dnsmasq_ipset_conf(int n) {
         QVS_LOG(kLogError, "open file %s failed\n", list);
         return -1;
     }
-    steering::FileRewrite out(conf);
+    // dnsmasq reads it: replaced by rename, never seen half-written.
+    FileRewrite out(conf, Durability::kVolatile);
     if (!out) {
         QVS_LOG(kLogError, "open file %s failed\n", conf);
         return -1;

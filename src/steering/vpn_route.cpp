@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include "core/command.hpp"
+#include "core/durable_file.hpp"
+#include "core/list_lock.hpp"
 #include "core/log.hpp"
 #include "qvs_utils.h"
 #include "steering/list_file.hpp"
@@ -44,23 +46,26 @@ void flush_domain_prefix(int n) {
 
 void reload_ip(const char *func, int n) {
     vpn_ipset_flush(n, kTypeIp);
-    File save(kRestoreFile, "w");
+    // Every tunnel's reload shares the restore file: held until ipset has read it.
+    qvs::ListLock save_lock(func, "vpn_ipset_save");
+    if (!save_lock) return;
+    // Replaced by rename: ipset never reads another tunnel's half-written file.
+    qvs::FileRewrite save(kRestoreFile, qvs::Durability::kVolatile);
     if (!save) return;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
     File list(path, "r");
-    if (!list) return;
+    if (!list) {
+        save.commit();  // left empty, as a truncating open would leave it
+        return;
+    }
     char line[kListLineSize];
     std::memset(line, 0, sizeof line);
-    bool ok = true;
     while (std::fgets(line, sizeof line, list.get()) != nullptr)
-        ok = std::fprintf(save.get(), "add %s%d %s", kIpSet, n, line) >= 0 && ok;
-    ok = std::fflush(save.get()) == 0 && ok;
-    std::FILE *f = save.release();
-    ok = std::fclose(f) == 0 && ok;
+        std::fprintf(save.get(), "add %s%d %s", kIpSet, n, line);
     list.close();
     // A restore file cut short would load part of the list: not run.
-    if (!ok) {
+    if (!save.commit()) {
         QVS_LOG_AS(func, qvs::kLogError, "open file %s failed.\n", kRestoreFile);
         return;
     }
@@ -104,10 +109,17 @@ int reload_mode(const char *func, int n, unsigned type) {
 
 }  // namespace
 
+// The tunnel's three lists, its sets and its dnsmasq file: one writer at a
+// time, held for the whole call.
+#define LOCK_TUNNEL(n) \
+    qvs::ListLock tunnel_lock(__func__, "qvvpn", (n)); \
+    if (!tunnel_lock) return -1
+
 extern "C" {
 
 int qvvpn_add_route_ip(int n, const char *ip) {
     if (ip == nullptr || QVS_REFUSE_UNSAFE(ip) || ip_too_long(__func__, n, ip)) return -1;
+    LOCK_TUNNEL(n);
     if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kIpFilePrefix, n);
@@ -120,6 +132,7 @@ int qvvpn_add_route_ip(int n, const char *ip) {
 
 int qvvpn_del_route_ip(int n, const char *ip) {
     if (ip == nullptr || QVS_REFUSE_UNSAFE(ip) || ip_too_long(__func__, n, ip)) return -1;
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -131,6 +144,7 @@ int qvvpn_del_route_ip(int n, const char *ip) {
 }
 
 int qvvpn_flush_route_ip(int n) {
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -144,6 +158,7 @@ int qvvpn_flush_route_ip(int n) {
 int qvvpn_add_route_domain(int n, const char *domain) {
     // Domains reach dnsmasq's configuration, one per line.
     if (domain == nullptr || QVS_REFUSE_UNSAFE(domain)) return -1;
+    LOCK_TUNNEL(n);
     if (dir_step(__func__) == DirStep::kFailed) return -1;
     char path[kPathSize];
     list_path(path, kDomainFilePrefix, n);
@@ -155,6 +170,7 @@ int qvvpn_add_route_domain(int n, const char *domain) {
 
 int qvvpn_del_route_domain(int n, const char *domain) {
     if (domain == nullptr || QVS_REFUSE_UNSAFE(domain)) return -1;
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -185,6 +201,7 @@ int qvvpn_del_route_domain(int n, const char *domain) {
 }
 
 int qvvpn_flush_route_domain(int n) {
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -198,6 +215,7 @@ int qvvpn_flush_route_domain(int n) {
 
 int qvvpn_add_route_mac(int n, char *mac) {
     if (mac == nullptr || QVS_REFUSE_UNSAFE(mac)) return -1;
+    LOCK_TUNNEL(n);
     if (dir_step(__func__) == DirStep::kFailed) return -1;
     str_tolower(mac);
     char path[kPathSize];
@@ -214,6 +232,7 @@ int qvvpn_add_route_mac(int n, char *mac) {
 
 int qvvpn_del_route_mac(int n, char *mac) {
     if (mac == nullptr || QVS_REFUSE_UNSAFE(mac)) return -1;
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -231,6 +250,7 @@ int qvvpn_del_route_mac(int n, char *mac) {
 }
 
 int qvvpn_flush_route_mac(int n) {
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -242,6 +262,7 @@ int qvvpn_flush_route_mac(int n) {
 }
 
 int qvvpn_reload_route(int n) {
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -252,6 +273,7 @@ int qvvpn_reload_route(int n) {
 }
 
 int qvvpn_reload_route_mode(int n, unsigned int type) {
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;
@@ -262,6 +284,7 @@ int qvvpn_set_route_all(int n, unsigned int type, char *list) {
     // IP and MAC items end up in ipset's restore file and on command lines,
     // domains in dnsmasq's configuration: the same guard for every type.
     if (list == nullptr || QVS_REFUSE_UNSAFE(list)) return -1;
+    LOCK_TUNNEL(n);
     if (dir_step(__func__) == DirStep::kFailed) return -1;
     const char *prefix = file_prefix_of(type);
     if (prefix == nullptr) return -1;
@@ -280,6 +303,7 @@ int qvvpn_set_route_all(int n, unsigned int type, char *list) {
 }
 
 int qvvpn_get_route_all(int n, unsigned int type, char *out, int size) {
+    LOCK_TUNNEL(n);
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;

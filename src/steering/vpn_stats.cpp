@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "core/command.hpp"
+#include "core/list_lock.hpp"
 #include "core/log.hpp"
 #include "qvs_utils.h"
 #include "steering/vpn_common.hpp"
@@ -209,6 +210,9 @@ struct Freer {
 extern "C" {
 
 int qvvpn_get_statistics(int n, unsigned int type, char *out, int size) {
+    // The list and its set are read as one writer left them.
+    qvs::ListLock tunnel_lock(__func__, "qvvpn", n);
+    if (!tunnel_lock) return -1;
     DirStep d = dir_step(__func__);
     if (d == DirStep::kFailed) return -1;
     if (d == DirStep::kCreated) return 0;

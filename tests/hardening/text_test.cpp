@@ -129,7 +129,6 @@ TEST_F(CallerText, StoredLinesKeepTheirLineEndsInsideTheLibrary) {
     EXPECT_EQ(qvstest::read_file(kRouteDir + "/approute_domain1"), "b.example\na.example\n");
     EXPECT_EQ(commands(), (std::vector<std::string>{
                               "echo ADD_DATA index:1 type:2 list:a.example > /proc/approute/rule",
-                              "sed -i '1d' /userconfig/config/approute/approute_domain1",
                               "echo DEL_DATA index:1 type:2 list:a.example > /proc/approute/rule",
                               "echo ADD_DATA index:1 type:2 list:a.example > /proc/approute/rule",
                           }));

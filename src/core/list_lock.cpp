@@ -1,0 +1,94 @@
+#include "core/list_lock.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "core/log.hpp"
+
+namespace qvs {
+namespace {
+
+// The lists this thread holds: nested guards of the same list pass through.
+constexpr int kHeldMax = 4;
+struct Held {
+    char name[48];
+    int depth;
+};
+thread_local Held t_held[kHeldMax];
+
+Held *find_held(const char *name) {
+    for (Held &h : t_held)
+        if (h.depth > 0 && std::strcmp(h.name, name) == 0) return &h;
+    return nullptr;
+}
+
+Held *free_slot() {
+    for (Held &h : t_held)
+        if (h.depth == 0) return &h;
+    return nullptr;
+}
+
+// "/var/lock" may be missing on a fresh volatile /var; created once here.
+void make_lock_dir() {
+    if (::access(kLockDir, F_OK) == 0) return;
+    ::mkdir("/var/lock", 0755);
+    ::mkdir(kLockDir, 0755);
+}
+
+}  // namespace
+
+ListLock::ListLock(const char *func, const char *name, int index) {
+    if (index >= 0)
+        std::snprintf(name_, sizeof name_, "%s%d", name, index);
+    else
+        std::snprintf(name_, sizeof name_, "%s", name);
+    if (Held *h = find_held(name_)) {
+        ++h->depth;
+        nested_ = held_ = true;
+        return;
+    }
+    Held *slot = free_slot();
+    char path[sizeof kLockDir + kNameSize + 8];
+    std::snprintf(path, sizeof path, "%s/%s.lock", kLockDir, name_);
+    make_lock_dir();
+    // Close-on-exec: a command the holder starts must not keep the lock.
+    fd_ = slot != nullptr ? ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0644) : -1;
+    if (fd_ < 0) {
+        QVS_LOG_AS(func, kLogError, "lock file %s failed.\n", path);
+        return;
+    }
+    // Short pauses through the C library's usleep, so the bound is counted
+    // in pauses rather than read from a clock.
+    for (int tries = 0;; ++tries) {
+        if (::flock(fd_, LOCK_EX | LOCK_NB) == 0) break;
+        if (errno != EWOULDBLOCK && errno != EINTR) tries = kLockTries;
+        if (tries >= kLockTries) {
+            QVS_LOG_AS(func, kLogError, "list %s busy, gave up after %d s.\n", name_,
+                       kLockTries / (1000000 / kLockPauseUs));
+            ::close(fd_);
+            fd_ = -1;
+            return;
+        }
+        ::usleep(kLockPauseUs);
+    }
+    std::memcpy(slot->name, name_, sizeof slot->name);
+    slot->depth = 1;
+    held_ = true;
+}
+
+ListLock::~ListLock() {
+    if (!held_) return;
+    Held *h = find_held(name_);
+    if (h != nullptr) --h->depth;
+    if (nested_) return;
+    // Closing the last descriptor releases the flock.
+    ::close(fd_);
+}
+
+}  // namespace qvs

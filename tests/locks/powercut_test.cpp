@@ -1,0 +1,247 @@
+// Power cuts at any instant: "/userconfig" is the power-cut filesystem. It
+// is first shown to lose what a writer never synced and to keep what one
+// did; then, for every function that writes under "/userconfig", a cut
+// after each write, rename and sync the call makes leaves the list file
+// byte for byte the old list or the new one, and once the call has
+// returned, the new one (with at most one file sync and one directory sync).
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "gateway_test.hpp"
+#include "powercut_fs.hpp"
+#include "qvs_utils.h"
+#include "test_support.hpp"
+
+using qvstest::PowerCutFs;
+using qvstest::read_file;
+
+namespace {
+
+const std::string kMissing = PowerCutFs::kMissing;
+
+int with_text(const std::string &text, const std::function<int(char *)> &f) {
+    std::vector<char> buf(text.begin(), text.end());
+    buf.push_back('\0');
+    return f(buf.data());
+}
+
+class PowerCut : public qvstest::GatewayTest {
+protected:
+    void SetUp() override {
+        GatewayTest::SetUp();
+        ASSERT_TRUE(fs_.mount("/userconfig")) << "no FUSE in this sandbox";
+        for (const char *d : {"/userconfig/config", "/userconfig/config/qvvpn", "/userconfig/config/approute",
+                              "/userconfig/config/appfilter"})
+            ASSERT_EQ(::mkdir(d, 0755), 0) << d;
+        ::mkdir("/etc/dnsmasq/ipset", 0755);
+        fs_.sync_all();
+    }
+    void TearDown() override {
+        fs_.unmount();
+        GatewayTest::TearDown();
+    }
+    // Writes a file through the mount and makes it durable.
+    void seed(const std::string &path, const std::string &content) {
+        if (content == kMissing) {
+            ::unlink(path.c_str());
+        } else {
+            qvstest::write_file(path, content);
+        }
+        fs_.sync_all();
+    }
+    PowerCutFs fs_;
+};
+
+// ---- the filesystem itself --------------------------------------------------
+
+TEST_F(PowerCut, AWriterThatNeverSyncsLosesItsDataAndItsNames) {
+    seed("/userconfig/config/list", "old\n");
+    {
+        std::FILE *f = std::fopen("/userconfig/config/list.tmp", "w");
+        ASSERT_NE(f, nullptr);
+        std::fputs("new\n", f);
+        std::fclose(f);
+    }
+    ASSERT_EQ(std::rename("/userconfig/config/list.tmp", "/userconfig/config/list"), 0);
+    qvstest::write_file("/userconfig/config/other", "never synced\n");
+    EXPECT_EQ(read_file("/userconfig/config/list"), "new\n");
+    EXPECT_EQ(fs_.durable("/config/list"), "old\n");
+    fs_.cut();
+    EXPECT_EQ(read_file("/userconfig/config/list"), "old\n");
+    EXPECT_FALSE(qvstest::exists("/userconfig/config/list.tmp"));
+    EXPECT_FALSE(qvstest::exists("/userconfig/config/other"));
+}
+
+TEST_F(PowerCut, DataSyncedWithoutItsDirectoryIsLostByName) {
+    std::FILE *f = std::fopen("/userconfig/config/fresh", "w");
+    ASSERT_NE(f, nullptr);
+    std::fputs("data\n", f);
+    std::fflush(f);
+    ASSERT_EQ(::fsync(::fileno(f)), 0);
+    std::fclose(f);
+    fs_.cut();
+    EXPECT_FALSE(qvstest::exists("/userconfig/config/fresh"));
+}
+
+TEST_F(PowerCut, AWriterThatSyncsFileThenDirectoryKeepsEverything) {
+    seed("/userconfig/config/list", "old\n");
+    {
+        std::FILE *f = std::fopen("/userconfig/config/list.tmp", "w");
+        ASSERT_NE(f, nullptr);
+        std::fputs("new\n", f);
+        std::fflush(f);
+        ASSERT_EQ(::fsync(::fileno(f)), 0);
+        std::fclose(f);
+    }
+    ASSERT_EQ(std::rename("/userconfig/config/list.tmp", "/userconfig/config/list"), 0);
+    const int dir = ::open("/userconfig/config", O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(dir, 0);
+    ASSERT_EQ(::fsync(dir), 0);
+    ::close(dir);
+    EXPECT_EQ(fs_.durable("/config/list"), "new\n");
+    fs_.cut();
+    EXPECT_EQ(read_file("/userconfig/config/list"), "new\n");
+    EXPECT_FALSE(qvstest::exists("/userconfig/config/list.tmp"));
+    EXPECT_EQ(fs_.file_syncs(), 1);
+    EXPECT_EQ(fs_.dir_syncs(), 1);
+}
+
+// ---- every function that writes under /userconfig ---------------------------
+
+struct Row {
+    const char *name;
+    std::string file;  // below /userconfig/config
+    std::string before, after;
+    std::function<int()> call;
+    int result;
+};
+
+std::vector<Row> rows() {
+    const std::string vip = "qvvpn/VPN_IP_1", vdom = "qvvpn/VPN_DOMAIN_1", vmac = "qvvpn/VPN_MAC_1";
+    const std::string rip = "approute/approute_ip1", rdom = "approute/approute_domain1",
+                      rmac = "approute/approute_mac1";
+    const std::string fip = "appfilter/appfilter_ip1", fdom = "appfilter/appfilter_domain1",
+                      fmac = "appfilter/appfilter_mac1";
+    std::string thousand, thousand_list;
+    for (int i = 0; i < 1000; ++i) {
+        char b[32];
+        std::snprintf(b, sizeof b, "10.9.%d.%d", i / 250, i % 250 + 1);
+        thousand += std::string(b) + "\n";
+        thousand_list += (i == 0 ? "" : ",") + std::string(b);
+    }
+    return {
+        {"qvvpn_add_route_ip", vip, "10.0.0.1\n", "10.0.0.1\n10.0.0.2\n", [] { return qvvpn_add_route_ip(1, "10.0.0.2"); }, 0},
+        {"qvvpn_add_route_ip (new file)", vip, kMissing, "10.0.0.2\n", [] { return qvvpn_add_route_ip(1, "10.0.0.2"); }, 0},
+        {"qvvpn_del_route_ip", vip, "10.0.0.1\n10.0.0.2\n", "10.0.0.2\n", [] { return qvvpn_del_route_ip(1, "10.0.0.1"); }, 0},
+        {"qvvpn_flush_route_ip", vip, "10.0.0.1\n", "", [] { return qvvpn_flush_route_ip(1); }, 0},
+        {"qvvpn_add_route_domain", vdom, "a.example\n", "a.example\nb.example\n", [] { return qvvpn_add_route_domain(1, "b.example"); }, 0},
+        {"qvvpn_del_route_domain", vdom, "a.example\nb.example\n", "b.example\n", [] { return qvvpn_del_route_domain(1, "a.example"); }, 0},
+        {"qvvpn_flush_route_domain", vdom, "a.example\n", "", [] { return qvvpn_flush_route_domain(1); }, 0},
+        {"qvvpn_add_route_mac", vmac, "", "aa:bb:cc:dd:ee:ff\n", [] { return with_text("AA:BB:CC:DD:EE:FF", [](char *t) { return qvvpn_add_route_mac(1, t); }); }, 0},
+        {"qvvpn_del_route_mac", vmac, "aa:bb:cc:dd:ee:ff\n02:00:00:00:00:01\n", "02:00:00:00:00:01\n", [] { return with_text("aa:bb:cc:dd:ee:ff", [](char *t) { return qvvpn_del_route_mac(1, t); }); }, 0},
+        {"qvvpn_flush_route_mac", vmac, "aa:bb:cc:dd:ee:ff\n", "", [] { return qvvpn_flush_route_mac(1); }, 0},
+        {"qvvpn_set_route_all ip", vip, "10.0.0.1\n", "10.1.1.1\n10.1.1.2\n", [] { return with_text("10.1.1.1%10.1.1.2", [](char *t) { return qvvpn_set_route_all(1, 0, t); }); }, 0},
+        {"qvvpn_set_route_all domain", vdom, "a.example\n", "c.example\n", [] { return with_text("c.example", [](char *t) { return qvvpn_set_route_all(1, 1, t); }); }, 0},
+        {"qvvpn_set_route_all mac", vmac, "aa:bb:cc:dd:ee:ff\n", "02:00:00:00:00:02\n", [] { return with_text("02:00:00:00:00:02", [](char *t) { return qvvpn_set_route_all(1, 2, t); }); }, 0},
+        {"approute_add_route_ip", rip, "10.0.0.1\n", "10.0.0.1\n10.0.0.2\n", [] { return with_text("10.0.0.2", [](char *t) { return approute_add_route_ip(1, t); }); }, 0},
+        {"approute_add_route_domain", rdom, "", "a.example\n", [] { return with_text("a.example", [](char *t) { return approute_add_route_domain(1, t); }); }, 0},
+        {"approute_add_route_mac", rmac, kMissing, "aa:bb:cc:dd:ee:ff\n", [] { return with_text("aa:bb:cc:dd:ee:ff", [](char *t) { return approute_add_route_mac(1, t); }); }, 0},
+        {"approute_del_route_ip", rip, "10.0.0.1\n10.0.0.2\n", "10.0.0.1\n", [] { return with_text("10.0.0.2", [](char *t) { return approute_del_route_ip(1, t); }); }, 0},
+        {"approute_del_route_domain", rdom, "a.example\nb.example\n", "b.example\n", [] { return with_text("a.example", [](char *t) { return approute_del_route_domain(1, t); }); }, 0},
+        {"approute_del_route_mac", rmac, "aa:bb:cc:dd:ee:ff\n", "", [] { return with_text("AA:BB:CC:DD:EE:FF", [](char *t) { return approute_del_route_mac(1, t); }); }, 0},
+        {"approute_flush_route_ip", rip, "10.0.0.1\n", "", [] { return approute_flush_route_ip(1); }, 0},
+        {"approute_flush_route_domain", rdom, "a.example\n", "", [] { return approute_flush_route_domain(1); }, 0},
+        {"approute_flush_route_mac", rmac, "aa:bb:cc:dd:ee:ff\n", "", [] { return approute_flush_route_mac(1); }, 0},
+        {"approute_add_route_iplist", rip, "10.0.0.1\n", "10.0.0.1\n10.0.0.2\n10.0.0.3\n", [] { return with_text("10.0.0.2,10.0.0.3", [](char *t) { return approute_add_route_iplist(1, t); }); }, 0},
+        {"approute_add_route_iplist (1000 items)", rip, "", thousand, [thousand_list] { return with_text(thousand_list, [](char *t) { return approute_add_route_iplist(1, t); }); }, 0},
+        {"approute_add_route_domainlist", rdom, "www.a.example\nb.example\n", "b.example\na.example\nc.example\n", [] { return with_text("a.example,c.example", [](char *t) { return approute_add_route_domainlist(1, t); }); }, 0},
+        {"approute_add_route_maclist", rmac, "", "aa:bb:cc:dd:ee:01\naa:bb:cc:dd:ee:02\n", [] { return with_text("aa:bb:cc:dd:ee:01,aa:bb:cc:dd:ee:02", [](char *t) { return approute_add_route_maclist(1, t); }); }, 0},
+        {"approute_del_route_iplist", rip, "10.0.0.1\n10.0.0.2\n10.0.0.3\n", "10.0.0.2\n", [] { return with_text("10.0.0.1,10.0.0.3", [](char *t) { return approute_del_route_iplist(1, t); }); }, 0},
+        {"approute_del_route_iplist (1000 items)", rip, thousand, "", [thousand_list] { return with_text(thousand_list, [](char *t) { return approute_del_route_iplist(1, t); }); }, 0},
+        {"approute_del_route_domainlist", rdom, "a.example\nb.example\n", "", [] { return with_text("a.example,b.example", [](char *t) { return approute_del_route_domainlist(1, t); }); }, 0},
+        {"approute_del_route_maclist", rmac, "aa:bb:cc:dd:ee:01\naa:bb:cc:dd:ee:02\n", "aa:bb:cc:dd:ee:01\n", [] { return with_text("AA:BB:CC:DD:EE:02", [](char *t) { return approute_del_route_maclist(1, t); }); }, 0},
+        {"approute_add_route_list", rip, "", "10.0.0.5\n", [] { return with_text("10.0.0.5", [](char *t) { return approute_add_route_list(1, 0, t); }); }, 0},
+        {"approute_del_route_list", rip, "10.0.0.5\n10.0.0.6\n", "10.0.0.6\n", [] { return with_text("10.0.0.5", [](char *t) { return approute_del_route_list(1, 0, t); }); }, 0},
+        {"approute_set_route_all ip", rip, "10.0.0.1\n", "10.1.1.1\n10.1.1.2\n", [] { return with_text("10.1.1.1,10.1.1.2", [](char *t) { return approute_set_route_all(1, 0, t); }); }, 0},
+        {"approute_set_route_all domain", rdom, "a.example\n", "c.example\n", [] { return with_text("c.example", [](char *t) { return approute_set_route_all(1, 1, t); }); }, 0},
+        {"approute_set_route_all mac", rmac, "aa:bb:cc:dd:ee:ff\n", "02:00:00:00:00:02\n", [] { return with_text("02:00:00:00:00:02", [](char *t) { return approute_set_route_all(1, 2, t); }); }, 0},
+        {"appfilter_add_route_iplist", fip, "10.0.0.1", "10.0.0.1,10.0.0.2", [] { return with_text("10.0.0.2", [](char *t) { return appfilter_add_route_iplist(1, t); }); }, 0},
+        {"appfilter_add_route_domainlist", fdom, kMissing, "a.example", [] { return with_text("a.example", [](char *t) { return appfilter_add_route_domainlist(1, t); }); }, 0},
+        {"appfilter_add_route_maclist", fmac, "", "aa:bb:cc:dd:ee:ff", [] { return with_text("aa:bb:cc:dd:ee:ff", [](char *t) { return appfilter_add_route_maclist(1, t); }); }, 0},
+        {"appfilter_del_route_iplist", fip, "10.0.0.1,10.0.0.2", "10.0.0.2", [] { return with_text("10.0.0.1", [](char *t) { return appfilter_del_route_iplist(1, t); }); }, 0},
+        {"appfilter_del_route_domainlist", fdom, "a.example,b.example", "a.example", [] { return with_text("b.example", [](char *t) { return appfilter_del_route_domainlist(1, t); }); }, 0},
+        {"appfilter_del_route_maclist", fmac, "aa:bb:cc:dd:ee:ff", "", [] { return with_text("aa:bb:cc:dd:ee:ff", [](char *t) { return appfilter_del_route_maclist(1, t); }); }, 0},
+        {"appfilter_flush_route_ip", fip, "10.0.0.1", "", [] { return appfilter_flush_route_ip(1); }, 0},
+        {"appfilter_flush_route_domain", fdom, "a.example", "", [] { return appfilter_flush_route_domain(1); }, 0},
+        {"appfilter_flush_route_mac", fmac, "aa:bb:cc:dd:ee:ff", "", [] { return appfilter_flush_route_mac(1); }, 0},
+        {"appfilter_add_route_list", fip, "", "10.0.0.7", [] { return with_text("10.0.0.7", [](char *t) { return appfilter_add_route_list(1, 0, t); }); }, 0},
+        {"appfilter_del_route_list", fip, "10.0.0.7,10.0.0.8", "10.0.0.8", [] { return with_text("10.0.0.7", [](char *t) { return appfilter_del_route_list(1, 0, t); }); }, 0},
+        {"appfilter_flush_route_list", fip, "10.0.0.7", "", [] { return appfilter_flush_route_list(1, 0); }, 0},
+    };
+}
+
+TEST_F(PowerCut, EveryListWriteLeavesTheOldOrTheNewListAtEveryInstant) {
+    int checked = 0;
+    std::size_t cuts = 0;
+    for (const Row &row : rows()) {
+        SCOPED_TRACE(row.name);
+        const std::string path = "/userconfig/config/" + row.file;
+        seed(path, row.before);
+        const int file_syncs = fs_.file_syncs(), dir_syncs = fs_.dir_syncs();
+        fs_.watch("/config/" + row.file);
+        EXPECT_EQ(row.call(), row.result);
+        const auto steps = fs_.steps();
+        EXPECT_FALSE(steps.empty()) << "the call wrote nothing";
+        cuts += steps.size();
+        for (std::size_t k = 0; k < steps.size(); ++k) {
+            const std::string &c = steps[k].content;
+            EXPECT_TRUE(c == row.before || c == row.after)
+                << "a cut after step " << k + 1 << " (" << steps[k].op << ") leaves [" << c << "]";
+        }
+        // Returned: on flash. One data sync for the one file, one directory
+        // sync for its rename or creation.
+        EXPECT_EQ(fs_.durable("/config/" + row.file), row.after);
+        EXPECT_LE(fs_.file_syncs() - file_syncs, 1);
+        EXPECT_LE(fs_.dir_syncs() - dir_syncs, 1);
+        fs_.cut();
+        EXPECT_EQ(qvstest::exists(path) ? read_file(path) : kMissing, row.after);
+        ++checked;
+    }
+    EXPECT_EQ(checked, static_cast<int>(rows().size()));
+    std::printf("%zu cut points over %d calls\n", cuts, checked);
+}
+
+TEST_F(PowerCut, TheIpsecKeyCertificateAndCaFilesAreOnFlashWhenTheCallReturns) {
+    qvstest::run("ipsec pki --gen --outform pem > /tmp/ca.key.pem && ipsec pki --self --ca --lifetime 3650 "
+                 "--in /tmp/ca.key.pem --dn \"C=CN, O=Operator, CN=Operator CA\" --outform pem > /tmp/ca.cert.pem");
+    ASSERT_EQ(ipsec_write_ca_info("CN", "Operator"), 0);
+    ASSERT_EQ(ipsec_generate_client_ca(), 0);
+    for (const char *name : {"client.key.pem", "client.cert.pem", "ca.key.pem", "ca.cert.pem"}) {
+        SCOPED_TRACE(name);
+        const std::string path = std::string("/userconfig/config/ipsec/") + name;
+        const std::string visible = read_file(path);
+        EXPECT_NE(visible.find("-----BEGIN"), std::string::npos);
+        EXPECT_EQ(fs_.durable(std::string("/config/ipsec/") + name), visible);
+    }
+    const std::string cert = read_file("/userconfig/config/ipsec/client.cert.pem");
+    fs_.cut();
+    EXPECT_EQ(read_file("/userconfig/config/ipsec/client.cert.pem"), cert);
+}
+
+TEST_F(PowerCut, ANewListDirectoryIsOnFlashWithItsFirstList) {
+    ASSERT_EQ(::rmdir("/userconfig/config/qvvpn"), 0);
+    fs_.sync_all();
+    EXPECT_EQ(qvvpn_add_route_ip(2, "10.0.0.9"), 0);
+    fs_.cut();
+    EXPECT_EQ(read_file("/userconfig/config/qvvpn/VPN_IP_2"), "10.0.0.9\n");
+}
+
+}  // namespace
