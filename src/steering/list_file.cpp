@@ -102,14 +102,58 @@ int write_list_file(const char *func, const char *path, const char *text) {
     return commit_list_file(func, f, path);
 }
 
+namespace {
+
+// True when the file at now_path holds exactly the file at old_path without
+// its line k (1-based), and that file has a line k.
+bool holds_all_but_line(const char *old_path, const char *now_path, int k) {
+    File old_file(old_path, "r");
+    File now_file(now_path, "r");
+    if (!old_file || !now_file) return false;
+    int line = 1;
+    bool had_line = false;
+    int c;
+    while ((c = std::getc(old_file.get())) != EOF) {
+        if (line == k)
+            had_line = true;
+        else if (std::getc(now_file.get()) != c)
+            return false;
+        if (c == '\n') ++line;
+    }
+    return had_line && std::getc(now_file.get()) == EOF;
+}
+
+}  // namespace
+
 bool delete_list_line(const char *func, int k, const char *path) {
+    // The gateway's sed (busybox) renames its output over the file even when
+    // writing it failed on a full flash, leaving the list empty or cut, and
+    // exits 0. A hard link to the old file, taken first (it needs no room),
+    // keeps the list: unless the file is then exactly the old one without
+    // line k, the old file is put back.
+    char kept[160];
+    std::snprintf(kept, sizeof kept, "%s.%d.old", path, static_cast<int>(::getpid()));
+    ::unlink(kept);
+    const bool guarded = ::link(path, kept) == 0;
     struct stat before = {};
     const bool had = ::stat(path, &before) == 0;
     CommandBuffer<128> cmd;
     cmd.format("sed -i '%dd' %s", k, path);
     ::qv_do_cmd(cmd.c_str());
-    struct stat after = {};
-    if (had && ::stat(path, &after) == 0 && after.st_size < before.st_size) return true;
+    bool deleted = false;
+    if (guarded) {
+        deleted = holds_all_but_line(kept, path, k);
+        struct stat now = {};
+        // sed left the old file itself in place: the link is only a name.
+        if (deleted || (::stat(path, &now) == 0 && now.st_ino == before.st_ino && now.st_dev == before.st_dev))
+            ::unlink(kept);
+        else if (::rename(kept, path) != 0)
+            ::unlink(kept);
+    } else {
+        struct stat after = {};
+        deleted = had && ::stat(path, &after) == 0 && after.st_size < before.st_size;
+    }
+    if (deleted) return true;
     QVS_LOG_AS(func, kLogError, "delete line %d of %s failed.\n", k, path);
     return false;
 }

@@ -75,10 +75,13 @@ int write_list_file(const char *func, const char *path, const char *text);
 int commit_list_file(const char *func, FileRewrite &file, const char *path);
 
 // Deletes line k (1-based) of the file by "sed -i '%dd' %s" (128-byte
-// command line, cut at 127 characters). True when the file got shorter;
-// otherwise (sed could not rewrite it, e.g. on a full flash) logs "delete
-// line %d of %s failed.\n" at level 1 under func and gives false: the
-// caller then sends no kernel command for the line.
+// command line, cut at 127 characters). True when the file then holds
+// exactly its old content without line k; otherwise (sed could not rewrite
+// it, e.g. on a full flash) the old file is put back (a hard link
+// "<path>.<pid>.old" keeps it while sed runs), "delete line %d of %s
+// failed.\n" is logged at level 1 under func and the result is false: the
+// caller then sends no kernel command for the line. Where no link can be
+// made, the delete counts when the file got shorter.
 bool delete_list_line(const char *func, int k, const char *path);
 
 // Joins the lines of the file into out (size bytes, at least 1; emptied

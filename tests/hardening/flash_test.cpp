@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "busybox_first.hpp"
 #include "hardening_env.hpp"
 #include "qvs_utils.h"
 
@@ -331,7 +332,7 @@ TEST(FullFlashRewrite, FlushingNeedsNoRoom) {
     }
 }
 
-TEST(FullFlashDelete, AFailedDeleteKeepsTheLineAndSendsNoCommand) {
+void run_full_deletes() {
     ASSERT_EQ(qvsim_reset(), 0);
     for (const Row &row : rows()) {
         if (row.kind != Kind::kDelete) continue;
@@ -340,6 +341,35 @@ TEST(FullFlashDelete, AFailedDeleteKeepsTheLineAndSendsNoCommand) {
             f.run_full(row, old_content(row, size), row.failed, false);
             EXPECT_TRUE(logged(row.name, "delete line 1 of " + row.path + " failed.")) << row.name;
         }
+    }
+}
+
+TEST(FullFlashDelete, AFailedDeleteKeepsTheLineAndSendsNoCommand) { run_full_deletes(); }
+
+// The gateway's sed (busybox) renames its output over the list even when
+// writing it failed, and exits 0: the list must survive that too.
+TEST(FullFlashDelete, BusyboxSedLeavesTheListAsItWas) {
+    qvstest::BusyboxFirst busybox({"sed"});
+    ASSERT_TRUE(busybox.ok());
+    ASSERT_NE(qvstest::run("sed --help 2>&1").find("BusyBox"), std::string::npos);
+    run_full_deletes();
+}
+
+TEST(FullFlashDelete, BusyboxSedDeletesTheLineWhereThereIsRoom) {
+    qvstest::BusyboxFirst busybox({"sed"});
+    ASSERT_TRUE(busybox.ok());
+    ASSERT_EQ(qvsim_reset(), 0);
+    for (const Row &row : rows()) {
+        if (row.kind != Kind::kDelete) continue;
+        SCOPED_TRACE(row.name);
+        small_flash();
+        const std::string old = old_content(row, 200);
+        qvstest::write_file(row.path, old);
+        const std::string dir = row.path.substr(0, row.path.rfind('/'));
+        const auto names = dir_names(dir);
+        static_cast<void>(row.call());
+        EXPECT_EQ(qvstest::read_file(row.path), old.substr(old.find('\n') + 1));
+        EXPECT_EQ(dir_names(dir), names);
     }
 }
 
