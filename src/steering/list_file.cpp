@@ -143,12 +143,10 @@ bool delete_list_line(const char *func, int k, const char *path) {
     bool deleted = false;
     if (guarded) {
         deleted = holds_all_but_line(kept, path, k);
-        struct stat now = {};
-        // sed left the old file itself in place: the link is only a name.
-        if (deleted || (::stat(path, &now) == 0 && now.st_ino == before.st_ino && now.st_dev == before.st_dev))
-            ::unlink(kept);
-        else if (::rename(kept, path) != 0)
-            ::unlink(kept);
+        // Where sed left the old file itself, the rename does nothing (two
+        // names of one file) and the unlink takes the second name away.
+        if (!deleted) ::rename(kept, path);
+        ::unlink(kept);
     } else {
         struct stat after = {};
         deleted = had && ::stat(path, &after) == 0 && after.st_size < before.st_size;
