@@ -37,7 +37,10 @@ $(foreach p,$(PKG_PRESETS),$(eval $(call pkg_preset_rules,$(p))))
 build: build-host
 
 # Every suite: the host build (GCC), the host build under ASan/UBSan, the
-# host build with Clang, and the armhf build under qemu-user; then the checks
+# host build with Clang in the gateway's busybox userland, and the armhf
+# build under qemu-user; the injection and fault tables once more from copies
+# of the tree under /tmp and /var/tmp (the checks don't depend on where the
+# checkout lives); then the checks
 # on the shipped object itself: exported symbols, the Debian packages
 # (lintian), the ABI against abi/, the consumer example against the staging
 # trees and the unpacked amd64 packages, and the API reference.
@@ -47,6 +50,7 @@ test: deps
 	ctest --preset host-asan
 	ctest --preset host-clang
 	ctest --preset armhf
+	bash scripts/location-check.sh build/host
 	bash scripts/check-shipped.sh
 	bash scripts/package.sh
 	bash scripts/abi.sh check

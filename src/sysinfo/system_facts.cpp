@@ -11,6 +11,7 @@
 
 #include "core/command.hpp"
 #include "core/store.hpp"
+#include "sysinfo/flash_listing.hpp"
 
 namespace qvs::sysinfo {
 
@@ -27,7 +28,6 @@ constexpr std::size_t kMeminfoSize = 8192;
 
 constexpr char kFlashListing[] = "/tmp/flashsize";
 constexpr std::size_t kFlashLine = 128;
-constexpr std::size_t kMountSize = 32;
 // Blocks of 1 KB that the read-only images take whatever the mounts hold,
 // and the flash's whole size in such blocks (256 MB).
 constexpr std::int64_t kFixedFlashBlocks = 50922;
@@ -149,26 +149,15 @@ int getFLASHOccupy(int *percent) {
     File listing(kFlashListing, "r");
     if (!listing) return kFail;
 
-    int counted = 0;
-    std::int64_t sizes = 0;
-    std::int64_t available = 0;
+    FlashListing flash;
     char line[kFlashLine] = {};
-    while (std::fgets(line, sizeof line, listing.get()) != nullptr) {
-        int size = 0;
-        int avail = 0;
-        char mount[kMountSize] = {};
-        if (std::sscanf(line, "%*s %d %*d %d %*s %31s", &size, &avail, mount) != 3) continue;
-        if (std::strcmp(mount, "/userconfig/config") != 0 && std::strcmp(mount, "/opt/sgw/apps") != 0) continue;
-        ++counted;
-        sizes += size;
-        available += avail;
-    }
+    while (std::fgets(line, sizeof line, listing.get()) != nullptr) flash.read_line(line);
     if (percent != nullptr)
-        *percent = static_cast<int>((sizes + kFixedFlashBlocks - available) * 100 / kFlashBlocks);
+        *percent = static_cast<int>((flash.sizes() + kFixedFlashBlocks - flash.available()) * 100 / kFlashBlocks);
     listing.close();
     const int removed = std::system("rm /tmp/flashsize");
     static_cast<void>(removed);
-    return counted == 2 ? kOk : kFail;
+    return flash.counted() == 2 ? kOk : kFail;
 }
 
 int qvs_getSWVersion(char *dst) {

@@ -17,6 +17,7 @@
 
 #include "qvs_utils.h"
 #include "qvsim.h"
+#include "busybox_first.hpp"
 #include "test_support.hpp"
 
 using qvstest::CaptureFd;
@@ -119,6 +120,29 @@ TEST_F(PidRecords, FirstListedProcessWinsWhenSeveralMatch) {
     ASSERT_LT(first.pid(), second.pid());
     EXPECT_EQ(qvs_util_get_process_pid("zzlead"), first.pid());
     EXPECT_EQ(qvs_util_get_process_pid("lead-tw"), second.pid());
+}
+
+// The gateway's "ps -ef" is busybox's: "PID USER COMMAND", the PID first
+// (procps puts the user name first). Checked with busybox's ps in every
+// userland.
+TEST_F(PidRecords, BusyboxProcessListGivesThePid) {
+    qvstest::BusyboxFirst busybox({"ps"});
+    ASSERT_TRUE(busybox.ok());
+    ASSERT_NE(qvstest::run("ps --help 2>&1").find("BusyBox"), std::string::npos);
+    NamedProcess first("zzbusy-one");
+    NamedProcess second("zzbusy-two");
+    // The line the lookup reads begins with the PID.
+    const std::string line = qvstest::run("ps -ef | grep 'zzbusy-two' | grep -v grep");
+    EXPECT_EQ(std::atoi(line.c_str()), second.pid()) << line;
+    CaptureFd out(1);
+    EXPECT_EQ(qvs_util_get_process_pid("zzbusy-one"), first.pid());
+    EXPECT_EQ(qvs_util_get_process_pid("zzbusy"), first.pid());
+    EXPECT_EQ(qvs_util_get_process_pid("busy-tw"), second.pid());
+    EXPECT_EQ(qvs_util_get_process_pid("zzbusy-ghost"), 0);
+    EXPECT_EQ(out.text(), "qvs_util_get_process_pid() process:zzbusy-ghost not find !\n");
+    EXPECT_EQ(qvs_util_recordProcessPid("zzbusy-two"), 0);
+    EXPECT_EQ(read_file(record_path("zzbusy-two")), std::to_string(second.pid()));
+    EXPECT_EQ(qvs_util_getPidFromRecord("zzbusy-two"), second.pid());
 }
 
 TEST_F(PidRecords, NoMatchingProcessGivesZeroAndSaysSo) {

@@ -5,7 +5,9 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
+#include "busybox_first.hpp"
 #include "proc_fixture.hpp"
 #include "sysinfo_fixture.hpp"
 
@@ -402,8 +404,9 @@ protected:
         const auto frsize = static_cast<long long>(st.f_frsize);
         return {static_cast<long long>(st.f_blocks) * frsize / 1024, static_cast<long long>(st.f_bavail) * frsize / 1024};
     }
-    static void mount_tmpfs(const char *dir, const char *size) {
-        ASSERT_EQ(std::system((std::string("mkdir -p ") + dir + " && mount -t tmpfs -o size=" + size + " qvstest " + dir)
+    static void mount_tmpfs(const char *dir, const char *size, const char *device = "qvstest") {
+        ASSERT_EQ(std::system((std::string("mkdir -p ") + dir + " && mount -t tmpfs -o size=" + size + " " + device +
+                               " " + dir)
                                   .c_str()),
                   0);
     }
@@ -509,6 +512,94 @@ TEST_F(FlashOccupy, NoListingLeavesPercentUntouched) {
     EXPECT_EQ(getFLASHOccupy(&percent), -1);
     EXPECT_EQ(percent, -999);
 }
+
+// The gateway's df is busybox's: a device name longer than 20 characters
+// stands on a line of its own, its figures on the next line; a mount point
+// mounted over is listed once per mount. The sandbox's df (the suite's
+// userland) and busybox's df named first on the search path both give the
+// figures the file systems have.
+class FlashListingForms : public FlashOccupy, public ::testing::WithParamInterface<bool> {
+protected:
+    void SetUp() override {
+        FlashOccupy::SetUp();
+        if (!GetParam()) return;
+        busybox_ = std::make_unique<qvstest::BusyboxFirst>(std::initializer_list<const char *>{"df"});
+        ASSERT_TRUE(busybox_->ok());
+        ASSERT_NE(qvstest::run("df --help 2>&1").find("BusyBox"), std::string::npos);
+    }
+    void TearDown() override {
+        busybox_.reset();
+        FlashOccupy::TearDown();
+    }
+    // The device names longer than 20 characters that df printed alone on a line.
+    static std::vector<std::string> lone_device_lines() {
+        std::vector<std::string> out;
+        for (const std::string &line : qvstest::split(qvstest::run("df"), '\n'))
+            if (line.rfind("qvs-", 0) == 0 && line.find(' ') == std::string::npos) out.push_back(line);
+        return out;
+    }
+
+private:
+    std::unique_ptr<qvstest::BusyboxFirst> busybox_;
+};
+
+const char kLongConfigDevice[] = "qvs-userconfig-flash-partition";  // 30 characters
+const char kLongAppsDevice[] = "qvs-sgw-apps-partition";            // 22 characters
+
+TEST_P(FlashListingForms, LongDeviceNamesGiveTheMountsFigures) {
+    mount_tmpfs("/userconfig/config", "8m", kLongConfigDevice);
+    mount_tmpfs("/opt/sgw/apps", "64m", kLongAppsDevice);
+    // Used blocks just past 28 %: read as the figures' line of its own, the
+    // busybox listing would give the used blocks less the use% figures as
+    // the used blocks, and 27.
+    fill("/userconfig/config", 3000);
+    fill("/opt/sgw/apps", 19480);
+    if (GetParam()) {
+        EXPECT_EQ(lone_device_lines(), (std::vector<std::string>{kLongConfigDevice, kLongAppsDevice}));
+    }
+    const Blocks cfg = blocks("/userconfig/config");
+    const Blocks apps = blocks("/opt/sgw/apps");
+    int percent = -999;
+    EXPECT_EQ(getFLASHOccupy(&percent), 0);
+    EXPECT_EQ(percent, expected(cfg.size + apps.size, cfg.avail + apps.avail));
+    EXPECT_EQ(percent, 28);  // (3000 + 19480 + 50922) * 100 / 262144 = 28.0006
+}
+
+TEST_P(FlashListingForms, ALongDeviceNameBesideAShortOne) {
+    mount_tmpfs("/userconfig/config", "8m", kLongConfigDevice);
+    fill("/userconfig/config", 4096);
+    int percent = -999;
+    EXPECT_EQ(getFLASHOccupy(&percent), -1);
+    EXPECT_EQ(percent, (4096 + 50922) * 100 / 262144);  // 20, as OnlyTheConfigMountWritesPercentAndFails
+    mount_tmpfs("/opt/sgw/apps", "32m");
+    fill("/opt/sgw/apps", 30000);
+    EXPECT_EQ(getFLASHOccupy(&percent), 0);
+    EXPECT_EQ(percent, (4096 + 30000 + 50922) * 100 / 262144);  // 30
+}
+
+TEST_P(FlashListingForms, ANameOfExactly20CharactersStaysOnItsLine) {
+    mount_tmpfs("/userconfig/config", "8m", "qvs-config-partitio");  // 19
+    mount_tmpfs("/opt/sgw/apps", "8m", "qvs-apps-partition-1");      // 20
+    fill("/opt/sgw/apps", 8192);
+    EXPECT_EQ(lone_device_lines(), std::vector<std::string>{});
+    int percent = -999;
+    EXPECT_EQ(getFLASHOccupy(&percent), 0);
+    EXPECT_EQ(percent, (8192 + 50922) * 100 / 262144);  // 22
+}
+
+TEST_P(FlashListingForms, AMountPointMountedOverCountsOnceWithTheTopMount) {
+    mount_tmpfs("/userconfig/config", "8m", "qvs-below");
+    fill("/userconfig/config", 1000);
+    mount_tmpfs("/userconfig/config", "16m", kLongConfigDevice);
+    fill("/userconfig/config", 5000);
+    mount_tmpfs("/opt/sgw/apps", "16m");
+    int percent = -999;
+    EXPECT_EQ(getFLASHOccupy(&percent), 0);
+    EXPECT_EQ(percent, (5000 + 50922) * 100 / 262144);  // 21
+}
+
+INSTANTIATE_TEST_SUITE_P(Df, FlashListingForms, ::testing::Values(false, true),
+                         [](const ::testing::TestParamInfo<bool> &i) { return i.param ? "Busybox" : "Userland"; });
 
 // ---- qvs_getSWVersion -------------------------------------------------------
 

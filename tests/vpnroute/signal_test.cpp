@@ -1,6 +1,7 @@
 // The dnsmasq hand-over: "ps" finds dnsmasq, SIGUSR1 with the value 4 is
 // queued to it; a missing dnsmasq or a failing popen breaks nothing.
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <regex>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "busybox_first.hpp"
 #include "qvs_utils.h"
 #include "test_support.hpp"
 #include "vpn_env.hpp"
@@ -65,6 +67,22 @@ TEST_F(VpnDnsmasq, RealDnsmasqHandlesTheSignalOfEveryDomainChange) {
     usleep(200000);
     EXPECT_EQ(count_of(read_file(log), "cache size"), 5u);
     EXPECT_EQ(::kill(pid, 0), 0) << "dnsmasq survived every signal";
+    stop_process(pid);
+}
+
+// The gateway's "ps" is busybox's: every process, "PID USER COMMAND", the
+// PID first. Checked with busybox's ps in every userland.
+TEST_F(VpnDnsmasq, BusyboxProcessListFindsDnsmasq) {
+    qvstest::BusyboxFirst busybox({"ps"});
+    ASSERT_TRUE(busybox.ok());
+    ASSERT_NE(qvstest::run("ps --help 2>&1").find("BusyBox"), std::string::npos);
+    const std::string log = "/tmp/dnsmasq.log";
+    int pid = start_dnsmasq(log);
+    ASSERT_GT(pid, 0) << read_file(log);
+    const std::string line = qvstest::run("ps | grep dnsmasq | grep -v grep");
+    EXPECT_EQ(std::atoi(line.c_str()), pid) << line;
+    EXPECT_EQ(qvvpn_add_route_domain(3, "a.example"), 0);
+    EXPECT_TRUE(wait_for_text(log, "cache size", 5000)) << read_file(log);
     stop_process(pid);
 }
 
