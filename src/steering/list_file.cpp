@@ -80,8 +80,9 @@ int append_list_line(const char *func, const char *path, const char *text) {
     std::FILE *raw = f.release();
     ok = std::fclose(raw) == 0 && ok;
     if (ok) return 0;
-    // Cut back whatever part of the line reached the file.
-    if (sized) (void)::truncate(path, st.st_size);
+    // Cut back whatever part of the line reached the file (best effort: the
+    // failure is reported below either way).
+    [[maybe_unused]] const int cut = sized ? ::truncate(path, st.st_size) : 0;
     QVS_LOG_AS(func, kLogError, "open file %s failed.\n", path);
     return -1;
 }
