@@ -11,11 +11,14 @@ endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qvs-utils)
-set(CPACK_PACKAGE_VENDOR "libqvs_utils developers")
-set(CPACK_PACKAGE_CONTACT "libqvs_utils developers <firmware@qvs-gateway.example.com>")
+set(CPACK_PACKAGE_VENDOR "qvs_utils maintainers")
+set(CPACK_PACKAGE_CONTACT "qvs_utils maintainers <qvs-utils@example.com>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+# Folders in the packages get the same mode whatever the builder's umask.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 
