@@ -32,6 +32,7 @@ rm -rf "$unpacked"
 for arch in amd64 armhf; do
   deb=$(ls build/packages/libqvs-utils1_*_"$arch".deb 2>/dev/null || true)
   [ -n "$deb" ] || { echo "check-shipped: no $arch runtime package (make package)"; hard=1; continue; }
+  mkdir -p "$unpacked/$arch"
   dpkg-deb -x "$deb" "$unpacked/$arch"
 done
 so=libqvs_utils.so.1.0.0

@@ -6,6 +6,7 @@ import { readFileSync } from 'node:fs'
 import { Spec, Validation } from '@cyclonedx/cyclonedx-library'
 
 const versions = new Map(Object.values(Spec.Version).map(v => [v, v]))
+const validators = new Map()  // one compiled schema per version
 let failed = false
 for (const file of process.argv.slice(2)) {
   const text = readFileSync(file, 'utf8')
@@ -15,7 +16,8 @@ for (const file of process.argv.slice(2)) {
     failed = true
     continue
   }
-  const errors = await new Validation.JsonStrictValidator(declared).validate(text)
+  if (!validators.has(declared)) validators.set(declared, new Validation.JsonStrictValidator(declared))
+  const errors = await validators.get(declared).validate(text)
   if (errors === null) {
     console.log(`${file}: valid CycloneDX ${declared}`)
   } else {
