@@ -18,6 +18,8 @@ host_pkgs=(
   abigail-tools doxygen lintian file gzip
   # Hardening: coverage and memcheck
   gcovr valgrind
+  # Release: hardening-check, diffoscope, the signed feed and its install test
+  devscripts diffoscope-minimal gnupg apt-utils mmdebstrap
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
 # -dev:armhf package would need index files the security mirror may lack.
@@ -27,6 +29,10 @@ missing=()
 for p in "${host_pkgs[@]}" "${armhf_pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
 done
+
+# The SBOM validator (scripts/sbom-tools.sh) runs on Node with npm; a Node
+# that came without npm gets Debian's.
+command -v npm >/dev/null || missing+=(nodejs npm)
 
 # cJSON is compiled into our library from Debian's source package, so the
 # archive's source lines must be on (same archive, no host added).
