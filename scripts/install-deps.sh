@@ -30,7 +30,7 @@ for p in "${host_pkgs[@]}" "${armhf_pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
 done
 
-# The SBOM validator (scripts/sbom-tools.sh) runs on Node with npm; a Node
+# The SBOM validator (scripts/sbom-validate.sh) runs on Node with npm; a Node
 # that came without npm gets Debian's.
 command -v npm >/dev/null || missing+=(nodejs npm)
 
