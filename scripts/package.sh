@@ -9,6 +9,9 @@ out=build/packages
 # Every time stamp in the packages (and the SBOMs) is the last commit's, so
 # a build of the same commit gives the same bytes (make reproducible).
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
+# CPack gives the packages' folders and ar members the modes they have on
+# disk: the same umask for everyone.
+umask 022
 rm -rf "$out"
 mkdir -p "$out"
 for preset in pkg-amd64 pkg-armhf; do
