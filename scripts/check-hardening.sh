@@ -62,13 +62,18 @@ for item in "$@"; do
   if $readelf -S "$so" | grep -q '\.debug_info'; then
     need=(-fstack-protector-strong -fstack-clash-protection)
     [ "$arch" = amd64 ] && need+=(-fcf-protection)
+    # GCC records each unit's options there; Clang records none.
     producers=$($readelf --debug-dump=info --dwarf-depth=1 "$so" 2>/dev/null \
-      | sed -n 's/.*DW_AT_producer.*: \(GNU .*\)/\1/p' | sort -u)
-    flags="ok ($(grep -c . <<<"$producers") option sets)"
-    for f in "${need[@]}"; do
-      missing=$(grep -vc -- "$f" <<<"$producers" || true)
-      [ "$missing" = 0 ] || { flags="$missing without $f"; row_ok=0; }
-    done
+      | sed -n 's/.*DW_AT_producer.*: \(GNU .*\)/\1/p' | sort -u || true)
+    if [ -z "$producers" ]; then
+      flags="(options not recorded)"
+    else
+      flags="ok ($(grep -c . <<<"$producers") option sets)"
+      for f in "${need[@]}"; do
+        missing=$(grep -vc -- "$f" <<<"$producers" || true)
+        [ "$missing" = 0 ] || { flags="$missing without $f"; row_ok=0; }
+      done
+    fi
   fi
   printf "%-22s %-6s %-8s %-6s %-13s %-8s %-7s %-6s %s\n" "$label" "$(mark $relro)" "$(mark $now)" \
     "$(mark $canary)" "$(mark $fortify) $fcount" "$(mark $nx)" "$(mark $notext)" \
