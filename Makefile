@@ -6,7 +6,7 @@ PRESETS := host host-asan host-clang host-release armhf
 # installed under /usr): packages, ABI baseline, consumer example.
 PKG_PRESETS := pkg-amd64 pkg-armhf
 
-.PHONY: all deps build test run bench clean size package docs abi-baseline abi-check consumer fuzz coverage valgrind \
+.PHONY: all deps build test run bench clean size package docs abi-baseline abi-check consumer fuzz coverage valgrind feed reproducible \
 	$(addprefix build-,$(PRESETS) $(PKG_PRESETS)) $(addprefix test-,$(PRESETS))
 
 all: build
@@ -43,7 +43,10 @@ build: build-host
 # checkout lives); then the checks
 # on the shipped object itself: exported symbols, the Debian packages
 # (lintian), the ABI against abi/, the consumer example against the staging
-# trees and the unpacked amd64 packages, and the API reference.
+# trees and the unpacked amd64 packages, and the API reference. Also: the
+# hardening of every shipped object, the packages' SBOMs, the amd64
+# packages installed with apt from the signed feed into a clean Debian root,
+# and the licence line in every source file.
 test: deps
 	$(MAKE) build-host build-host-asan build-host-clang build-armhf
 	ctest --preset host
@@ -51,15 +54,29 @@ test: deps
 	ctest --preset host-clang
 	ctest --preset armhf
 	bash scripts/location-check.sh build/host
-	bash scripts/check-shipped.sh
 	bash scripts/package.sh
+	bash scripts/check-shipped.sh
+	bash scripts/sbom-check.sh
 	bash scripts/abi.sh check
 	bash scripts/consumer-test.sh
+	bash scripts/feed.sh
+	bash scripts/feed-test.sh
+	bash scripts/spdx-check.sh
 	bash scripts/docs.sh
 
 # Debian packages for amd64 and armhf into build/packages/, checked by lintian.
 package: deps
 	bash scripts/package.sh
+
+# The four packages as a signed apt repository in build/feed/ (test key in
+# build/feed-key/).
+feed: package
+	bash scripts/feed.sh
+
+# Two builds of the last commit from two clones under different conditions:
+# the libraries and packages must be bit-identical (diffoscope otherwise).
+reproducible: deps
+	bash scripts/reproducible.sh
 
 # HTML API reference into build/docs/html; fails on any Doxygen warning.
 docs: deps

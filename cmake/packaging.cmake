@@ -11,8 +11,8 @@ endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qvs-utils)
-set(CPACK_PACKAGE_VENDOR "libqvs_utils developers")
-set(CPACK_PACKAGE_CONTACT "libqvs_utils developers <firmware@qvs-gateway.example.com>")
+set(CPACK_PACKAGE_VENDOR "qvs_utils maintainers")
+set(CPACK_PACKAGE_CONTACT "qvs_utils maintainers <qvs-utils@example.com>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -35,6 +35,11 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/cpack-config.cmake
   INPUT ${CMAKE_SOURCE_DIR}/cmake/cpack-config.cmake.in)
 set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_BINARY_DIR}/cpack-config.cmake)
+# The SBOMs (CycloneDX JSON) of both packages, made from the staged files
+# before the packages are built, go into the -dev package.
+configure_file(${CMAKE_SOURCE_DIR}/cmake/sbom-prebuild.cmake.in ${CMAKE_BINARY_DIR}/sbom-prebuild.cmake.gen @ONLY)
+file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/sbom-prebuild.cmake INPUT ${CMAKE_BINARY_DIR}/sbom-prebuild.cmake.gen)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/sbom-prebuild.cmake)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/triggers)

@@ -42,8 +42,11 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     ::mkdir("/userconfig/config/approute", 0755);
     ::mkdir("/userconfig/config/appfilter", 0755);
     // One file written per input; the other two lists are links to it.
-    ::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/approute/approute_domain1");
-    ::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/appfilter/appfilter_mac1");
+    if (::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/approute/approute_domain1") != 0 ||
+        ::symlink("/userconfig/config/qvvpn/VPN_IP_1", "/userconfig/config/appfilter/appfilter_mac1") != 0) {
+        std::perror("fuzz_lists: linking the list files");
+        std::exit(1);
+    }
     return 0;
 }
 

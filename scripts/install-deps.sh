@@ -22,6 +22,8 @@ host_pkgs=(
   gcovr valgrind
   # Power-cut tests: a FUSE filesystem that keeps only what was synced
   fuse3 libfuse3-dev
+  # Release: hardening-check, diffoscope, the signed feed and its install test
+  devscripts diffoscope-minimal gnupg apt-utils mmdebstrap
 )
 # Runtime only: the cross toolchain brings its own libc headers, and a
 # -dev:armhf package would need index files the security mirror may lack.
@@ -31,6 +33,10 @@ missing=()
 for p in "${host_pkgs[@]}" "${armhf_pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
 done
+
+# The SBOM validator (scripts/sbom-validate.sh) runs on Node with npm; a Node
+# that came without npm gets Debian's.
+command -v npm >/dev/null || missing+=(nodejs npm)
 
 # cJSON is compiled into our library from Debian's source package, so the
 # archive's source lines must be on (same archive, no host added).

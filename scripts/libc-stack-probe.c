@@ -30,6 +30,8 @@
 #include <sys/time.h>
 #include <sys/times.h>
 #include <sys/un.h>
+#include <sys/wait.h>
+#include <setjmp.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -157,10 +159,70 @@ static void p_files3(void) {
     unlink("/tmp/qvs-stack-probe.3");
     char b[16] = "a"; strcat(b, "bc"); sink32 += (uint32_t)strlen(b);
 }
+/* The fortified forms a hardened build calls instead (_FORTIFY_SOURCE=3
+ * passes flag 2), declared here: this probe is built without FORTIFY. */
+int __snprintf_chk(char *, size_t, int, size_t, const char *, ...);
+int __sprintf_chk(char *, int, size_t, const char *, ...);
+int __vsnprintf_chk(char *, size_t, int, size_t, const char *, va_list);
+int __vfprintf_chk(FILE *, int, const char *, va_list);
+int __fprintf_chk(FILE *, int, const char *, ...);
+int __printf_chk(int, const char *, ...);
+void *__memcpy_chk(void *, const void *, size_t, size_t);
+void *__memmove_chk(void *, const void *, size_t, size_t);
+void *__memset_chk(void *, int, size_t, size_t);
+char *__strcpy_chk(char *, const char *, size_t);
+char *__strncpy_chk(char *, const char *, size_t, size_t);
+char *__strcat_chk(char *, const char *, size_t);
+char *__strncat_chk(char *, const char *, size_t, size_t);
+char *__fgets_chk(char *, size_t, int, FILE *);
+size_t __fread_chk(void *, size_t, size_t, size_t, FILE *);
+ssize_t __read_chk(int, void *, size_t, size_t);
+ssize_t __readlink_chk(const char *, char *, size_t, size_t);
+ssize_t __recvfrom_chk(int, void *, size_t, size_t, int, struct sockaddr *, socklen_t *);
+int __poll_chk(struct pollfd *, nfds_t, int, size_t);
+void __stack_chk_fail(void);
+
+static void p_printf_chk(void) {
+    __snprintf_chk(text, sizeof text, 2, sizeof text, "%s %d %u %x %02x %lu %s", "a", -1, 2u, 3u, 4u, 5ul, "b");
+    __sprintf_chk(text, 2, sizeof text, "%s %d %u", "a", -1, 2u);
+    __fprintf_chk(stderr, 2, "%s[%s:%d]%s", "", "f", 1, "\r");
+    __printf_chk(2, "%s %d\r", "x", 1); fflush(stdout);
+}
+static int vs_chk(const char *f, ...) { va_list ap; va_start(ap, f); int n = __vsnprintf_chk(text, sizeof text, 2, sizeof text, f, ap); va_end(ap); return n; }
+static int vf_chk(const char *f, ...) { va_list ap; va_start(ap, f); int n = __vfprintf_chk(stderr, 2, f, ap); va_end(ap); return n; }
+static void p_vprintf_chk(void) { vs_chk("%s %d %u %x %lu", "a", -1, 2u, 3u, 5ul); vf_chk("%s[%s:%s:%d]%s", "", "f", "g", 1, "\r"); }
+static void p_strings_chk(void) {
+    char a[64] = "Hello World, hello", b[64];
+    __strcpy_chk(b, a, sizeof b); __strncpy_chk(b, a, sizeof b, sizeof b); __strncat_chk(b, "x", 2, sizeof b);
+    __strcat_chk(b, "y", sizeof b); __memset_chk(b, 0, sizeof b, sizeof b); __memcpy_chk(b, a, 10, sizeof b);
+    __memmove_chk(b + 1, b, 10, sizeof b - 1); sink32 = (uint32_t)b[3];
+}
+static void p_io_chk(void) {
+    char b[256];
+    FILE *f = fopen("/proc/meminfo", "r");
+    if (f) { sink32 = (uint32_t)(__fgets_chk(b, sizeof b, sizeof b, f) != NULL); sink32 += (uint32_t)__fread_chk(b, sizeof b, 1, 16, f); fclose(f); }
+    int fd = open("/proc/self/stat", O_RDONLY); sink32 += (uint32_t)__read_chk(fd, b, 16, sizeof b); close(fd);
+    sink32 += (uint32_t)__readlink_chk("/proc/self/exe", b, sizeof b, sizeof b);
+    int s = socket(AF_UNIX, SOCK_DGRAM, 0);
+    struct pollfd p = {s, POLLIN, 0}; __poll_chk(&p, 1, 0, sizeof p);
+    __recvfrom_chk(s, b, 16, sizeof b, MSG_DONTWAIT, NULL, NULL); close(s);
+}
+/* __stack_chk_fail ends the process (a smashed canary): measured up to the
+ * SIGABRT it raises, which a handler turns back into a return. abort()
+ * keeps its lock after that, so this probe runs in a child process. */
+static sigjmp_buf abort_jump;
+static void on_abort(int sig) { (void)sig; siglongjmp(abort_jump, 1); }
+static void p_stack_chk_fail(void) {
+    struct sigaction sa, old;
+    memset(&sa, 0, sizeof sa); sa.sa_handler = on_abort; sigaction(SIGABRT, &sa, &old);
+    if (sigsetjmp(abort_jump, 1) == 0) __stack_chk_fail();
+    sigaction(SIGABRT, &old, NULL);
+}
+
 /* Short pauses: the frames are the same as for the algorithms' long ones. */
 static void p_sleeps(void) { sleep(0); usleep(1); }
 
-struct probe { const char *names; void (*fn)(void); };
+struct probe { const char *names; void (*fn)(void); int own_process; };
 static const struct probe probes[] = {
     {"snprintf", p_snprintf}, {"sprintf", p_sprintf}, {"vsnprintf", p_vsnprintf}, {"vfprintf", p_vfprintf},
     {"fprintf", p_fprintf}, {"printf", p_printf}, {"puts", p_puts}, {"fputs", p_fputs}, {"fputc", p_fputc},
@@ -187,6 +249,11 @@ static const struct probe probes[] = {
     {"perror", p_perror},
     {"ferror fstat truncate strcat", p_files3},
     {"sleep usleep", p_sleeps},
+    {"__snprintf_chk __sprintf_chk __fprintf_chk __printf_chk", p_printf_chk},
+    {"__vsnprintf_chk __vfprintf_chk", p_vprintf_chk},
+    {"__strcpy_chk __strncpy_chk __strncat_chk __strcat_chk __memset_chk __memcpy_chk __memmove_chk", p_strings_chk},
+    {"__fgets_chk __fread_chk __read_chk __readlink_chk __poll_chk __recvfrom_chk", p_io_chk},
+    {"__stack_chk_fail", p_stack_chk_fail, 1},
 };
 
 static void *run(void *arg) { ((void (*)(void))arg)(); return NULL; }
@@ -207,11 +274,33 @@ static size_t measure(void (*fn)(void)) {
     return STACK - untouched;
 }
 
+/* measure() in a child process; the figure comes back through a pipe. */
+static size_t measure_in_child(void (*fn)(void)) {
+    int fds[2];
+    if (pipe(fds) != 0) { perror("pipe"); exit(1); }
+    pid_t pid = fork();
+    if (pid == 0) {
+        size_t u = measure(fn);
+        _exit(write(fds[1], &u, sizeof u) == (ssize_t)sizeof u ? 0 : 1);
+    }
+    close(fds[1]);
+    size_t u = 0;
+    int status = 0;
+    ssize_t got = pid < 0 ? -1 : read(fds[0], &u, sizeof u);
+    if (pid > 0) waitpid(pid, &status, 0);
+    close(fds[0]);
+    if (got != (ssize_t)sizeof u) { fprintf(stderr, "probe child failed (status %d)\n", status); exit(1); }
+    return u;
+}
+
 int main(void) {
     size_t base = measure(p_empty);
     for (size_t i = 0; i < sizeof probes / sizeof probes[0]; ++i) {
         size_t used = 0;
-        for (int k = 0; k < 3; ++k) { size_t u = measure(probes[i].fn); if (u > used) used = u; }
+        for (int k = 0; k < 3; ++k) {
+            size_t u = probes[i].own_process ? measure_in_child(probes[i].fn) : measure(probes[i].fn);
+            if (u > used) used = u;
+        }
         used = used > base ? used - base : 0;
         char names[512];
         snprintf(names, sizeof names, "%s", probes[i].names);

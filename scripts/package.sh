@@ -1,10 +1,17 @@
 #!/usr/bin/env bash
 # Debian packages of the shipped library for amd64 and armhf (runtime and
 # development package each) into build/packages/, then lintian on all four:
-# any lintian error fails, warnings are shown.
+# any lintian error fails, warnings are shown. The -dev packages carry both
+# packages' SBOMs (scripts/sbom.py, run by cpack).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 out=build/packages
+# Every time stamp in the packages (and the SBOMs) is the last commit's, so
+# a build of the same commit gives the same bytes (make reproducible).
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
+# CPack gives the packages' folders and ar members the modes they have on
+# disk: the same umask for everyone.
+umask 022
 rm -rf "$out"
 mkdir -p "$out"
 for preset in pkg-amd64 pkg-armhf; do

@@ -284,7 +284,8 @@ int appfilter_get_route_list(int n, int type, char *out, int size) {
     list_path(path, n, type >= 0 ? static_cast<unsigned>(type) : 3u);
     qvs::File f(path.c_str(), "r");
     if (!f) return 0;
-    std::fgets(out, size, f.get());
+    // An empty list file leaves the caller's buffer as it was.
+    if (std::fgets(out, size, f.get()) == nullptr) return 0;
     return 0;
 }
 

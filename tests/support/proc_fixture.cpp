@@ -25,7 +25,7 @@ void link_entries(const std::string &dir, const std::string &target) {
     while (dirent *e = ::readdir(d)) {
         std::string n = e->d_name;
         if (n == "." || n == "..") continue;
-        ::symlink((target + "/" + n).c_str(), (dir + "/" + n).c_str());
+        EXPECT_EQ(::symlink((target + "/" + n).c_str(), (dir + "/" + n).c_str()), 0) << n << ": " << std::strerror(errno);
     }
     ::closedir(d);
 }
