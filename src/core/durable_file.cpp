@@ -88,8 +88,8 @@ bool durable_append(const char *path, const char *data, std::size_t len) {
     if (sized) {
         const int fd = ::open(path, O_WRONLY | O_CLOEXEC);
         if (fd >= 0) {
-            (void)::ftruncate(fd, st.st_size);
-            (void)::fdatasync(fd);
+            // Sync only a cut that took; either way the call has failed.
+            if (::ftruncate(fd, st.st_size) == 0) (void)::fdatasync(fd);
             ::close(fd);
         }
     }
