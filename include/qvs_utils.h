@@ -21,6 +21,17 @@
  * in the same directory and rename, failed appends are cut back. A failed
  * write gives -1 (where the function has a failure result), leaves the file
  * as it was and sends no kernel command that would follow it.
+ *
+ * Thread safety: each function's reference says, in glibc's terms
+ * (attributes(7)), whether several threads may call it at once: MT-Safe, or
+ * MT-Unsafe with the reason. "race:<name>" names what concurrent calls
+ * contend for; after MT-Safe it is something the caller must not share
+ * between concurrent calls (an argument such as a radio or a context). "env"
+ * marks a function that reads the environment (the time zone, TZ), which
+ * setenv() must not change meanwhile. Like every function that formats text,
+ * all assume the locale is not changed (setlocale) while they run. Races on
+ * files and on the store hold between processes as well; races on the
+ * process's own memory (strtok, a static buffer) do not.
  */
 #ifndef QVS_UTILS_H
 #define QVS_UTILS_H
@@ -45,7 +56,9 @@ extern "C" {
  * newly allocated (free() it), or NULL when it cannot be read.
  * @par Touches
  * reads the link "/proc/self/exe"; nothing else.
- * @return a new block the caller frees, or NULL. */
+ * @return a new block the caller frees, or NULL.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API char *util_getPidname(void);
 
 /** Writes "<exe path>[file:function:line]" then the formatted message and a
@@ -55,7 +68,10 @@ QVS_API char *util_getPidname(void);
  * @param line line number shown in the prefix
  * @param format printf format of the message, followed by its arguments
  * @par Touches
- * standard error only (and "/proc/self/exe" for the prefix). */
+ * standard error only (and "/proc/self/exe" for the prefix).
+ * @par Thread safety
+ * MT-Safe: the prefix, the message and the line end are three writes, so lines
+ * of concurrent callers may interleave. */
 QVS_API int util_printf(const char *file, const char *function, int line,
                         const char *format, ...) __attribute__((format(printf, 4, 5)));
 
@@ -76,7 +92,9 @@ extern QVS_API int allow_direct_write_xmlShm;
  * the 512-byte command line would be cut short (refused the same way).
  * @param process_name text looked for in the process list; must not hold shell characters
  * @par Touches
- * runs one "ps" command line through popen; no store, no files. */
+ * runs one "ps" command line through popen; no store, no files.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_util_get_process_pid(const char *process_name);
 
 /** Looks the name up as qvs_util_get_process_pid() does and writes the result
@@ -88,7 +106,10 @@ QVS_API int qvs_util_get_process_pid(const char *process_name);
  * record file that cannot be opened for writing.
  * @param process_name process name, also the record file's name part
  * @par Touches
- * runs "ps" through popen and writes "/tmp/process_pid_<name>.pid". */
+ * runs "ps" through popen and writes "/tmp/process_pid_<name>.pid".
+ * @par Thread safety
+ * MT-Safe: each record rewrites the whole file; of concurrent records of one
+ * name the last stays. */
 QVS_API int qvs_util_recordProcessPid(const char *process_name);
 
 /** Reads the PID recorded by qvs_util_recordProcessPid() for the name.
@@ -96,7 +117,10 @@ QVS_API int qvs_util_recordProcessPid(const char *process_name);
  * -1 when there is no record or the name is NULL or empty.
  * @param process_name process name whose record is read
  * @par Touches
- * reads "/tmp/process_pid_<name>.pid" only. */
+ * reads "/tmp/process_pid_<name>.pid" only.
+ * @par Thread safety
+ * MT-Safe: read while the same name is being recorded, the record may still be
+ * empty (0). */
 QVS_API int qvs_util_getPidFromRecord(const char *process_name);
 
 /* ==== WLAN: SSID index map ================================================ */
@@ -118,7 +142,9 @@ QVS_API int qvs_util_getPidFromRecord(const char *process_name);
  * @param table caller's buffer of *count bytes; pass 16 entries
  * @param count in: room in table; out: entries read
  * @par Touches
- * reads "X_QV_External_SSID_Map" of the Wi-Fi common object. */
+ * reads "X_QV_External_SSID_Map" of the Wi-Fi common object.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_ssid_map(uint32_t handle, uint8_t *table, int *count);
 
 /** Internal index of an external index (0 when the external index is free),
@@ -127,7 +153,9 @@ QVS_API int qvs_wlan_get_ssid_map(uint32_t handle, uint8_t *table, int *count);
  * @param handle attached store handle
  * @param ext_idx external SSID index, 1 to 16
  * @par Touches
- * reads the SSID map from the store. */
+ * reads the SSID map from the store.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_internal_ssididx_by_ext_ssididx(uint32_t handle, int ext_idx);
 
 /** External index (first map position holding internal_idx, plus 1), or -1
@@ -136,7 +164,9 @@ QVS_API int qvs_wlan_get_internal_ssididx_by_ext_ssididx(uint32_t handle, int ex
  * @param handle attached store handle
  * @param internal_idx internal SSID index, 1 to 16
  * @par Touches
- * reads the SSID map from the store. */
+ * reads the SSID map from the store.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_ext_ssididx_by_internal_ssididx(uint32_t handle, int internal_idx);
 
 /** The ubus index taken as an internal index value: the external index that
@@ -146,7 +176,9 @@ QVS_API int qvs_wlan_get_ext_ssididx_by_internal_ssididx(uint32_t handle, int in
  * @param handle attached store handle
  * @param ubus_idx ubus SSID index of the Wi-Fi agent
  * @par Touches
- * reads the SSID map from the store. */
+ * reads the SSID map from the store.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_ssididx_by_ubus_ssididx(uint32_t handle, int ubus_idx);
 
 /** The ubus index taken as a zero-based external position: the internal index
@@ -155,19 +187,25 @@ QVS_API int qvs_wlan_get_ssididx_by_ubus_ssididx(uint32_t handle, int ubus_idx);
  * @param handle attached store handle
  * @param ubus_idx ubus SSID index (zero-based external position)
  * @par Touches
- * reads the SSID map from the store. */
+ * reads the SSID map from the store.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_internal_ssididx_by_ubus(uint32_t handle, int ubus_idx);
 
 /** Radio of an internal index: 2 for 9 to 16, 1 for anything else.
  * @param internal_idx internal SSID index
  * @par Touches
- * nothing (pure computation). */
+ * nothing (pure computation).
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_internal_ssididx_to_radioidx(int internal_idx);
 
 /** Radio of a station-side interface index: 2 for 1, 1 for anything else.
  * @param sta_idx station-side interface index
  * @par Touches
- * nothing (pure computation). */
+ * nothing (pure computation).
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_internal_staidx_to_radioidx(int sta_idx);
 
 /** Attaches to the store itself. 1 when the external index's SSID lies on
@@ -175,12 +213,16 @@ QVS_API int qvs_wlan_internal_staidx_to_radioidx(int sta_idx);
  * on radio 2 or the store cannot be attached.
  * @param ext_idx external SSID index, 1 to 16
  * @par Touches
- * attaches to the store, reads the SSID map, detaches on every path. */
+ * attaches to the store, reads the SSID map, detaches on every path.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_ssid_band(int ext_idx);
 
 /** Always 1: both radios are present.
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_dual_bandsupport(void);
 
 /** @name qvs_wlan_get_shared_ssid_list, qvs_wlan_get_guest_ssid_list
@@ -193,7 +235,10 @@ QVS_API int qvs_wlan_get_dual_bandsupport(void);
  * @par Arguments of both
  * handle, an attached store handle (never attached, detached or saved here); table, the caller's buffer of *count bytes; count, in: room in table, out: entries read.
  * @par Touches
- * reads the text from the Wi-Fi common object only. */
+ * reads the text from the Wi-Fi common object only.
+ * @par Thread safety
+ * MT-Unsafe race:strtok: the list text is split with strtok(), whose position
+ * is one for the whole process. */
 QVS_API int qvs_wlan_get_shared_ssid_list(uint32_t handle, uint8_t *table, int *count);
 QVS_API int qvs_wlan_get_guest_ssid_list(uint32_t handle, uint8_t *table, int *count);
 /** @} */
@@ -219,7 +264,11 @@ QVS_API int qvs_wlan_get_guest_ssid_list(uint32_t handle, uint8_t *table, int *c
  * @param src_ext_idx external index of the SSID whose settings are copied
  * @param dst_ext_idx external index of the SSID that receives them
  * @par Touches
- * the SSID objects' "X_QV_SSID_Bitmap", "SSID" and security parameters; saves the store (no reply). */
+ * the SSID objects' "X_QV_SSID_Bitmap", "SSID" and security parameters; saves the store (no reply).
+ * @par Thread safety
+ * MT-Unsafe race:ssid_bitmap: each SSID's "X_QV_SSID_Bitmap" is read, changed
+ * and written back in separate store calls, so a concurrent change of the same
+ * bitmap is lost. */
 QVS_API int qvs_wlan_set_same_ssid(uint32_t handle, int src_ext_idx, int dst_ext_idx);
 
 /** Clears every merge mark, renames each formerly merged SSID of internal
@@ -227,13 +276,19 @@ QVS_API int qvs_wlan_set_same_ssid(uint32_t handle, int src_ext_idx, int dst_ext
  * 0; -1 zero handle.
  * @param handle attached store handle
  * @par Touches
- * "X_QV_SSID_Bitmap" and "SSID" of the SSID objects; saves the store (no reply). */
+ * "X_QV_SSID_Bitmap" and "SSID" of the SSID objects; saves the store (no reply).
+ * @par Thread safety
+ * MT-Unsafe race:ssid_bitmap: each SSID's "X_QV_SSID_Bitmap" is read, changed
+ * and written back in separate store calls, so a concurrent change of the same
+ * bitmap is lost. */
 QVS_API int qvs_wlan_cancel_same_ssid(uint32_t handle);
 
 /** 1 when any of the 16 SSIDs carries the merge mark, else 0; -1 zero handle.
  * @param handle attached store handle
  * @par Touches
- * reads "X_QV_SSID_Bitmap" of the 16 SSIDs. */
+ * reads "X_QV_SSID_Bitmap" of the 16 SSIDs.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_same_ssid_status(uint32_t handle);
 
 /** Entry at position (1 to 16) of the shared or guest list (selector
@@ -243,7 +298,10 @@ QVS_API int qvs_wlan_get_same_ssid_status(uint32_t handle);
  * @param position list position, 1 to 16
  * @param selector QVS_WLAN_SHARED_LIST or QVS_WLAN_GUEST_LIST
  * @par Touches
- * reads the selected list text of the Wi-Fi common object. */
+ * reads the selected list text of the Wi-Fi common object.
+ * @par Thread safety
+ * MT-Unsafe race:strtok: the list text is split with strtok(), whose position
+ * is one for the whole process. */
 QVS_API int qvs_wlan_get_ext_ssid_idx_by_mapped_ssid_oid_idx(uint32_t handle, int position, int selector);
 
 /** Sets the entry at position (1 to 16) of the selected list to value (0
@@ -256,7 +314,12 @@ QVS_API int qvs_wlan_get_ext_ssid_idx_by_mapped_ssid_oid_idx(uint32_t handle, in
  * @param value external SSID index to store there, 0 to clear
  * @param selector QVS_WLAN_SHARED_LIST or QVS_WLAN_GUEST_LIST
  * @par Touches
- * reads and writes the selected list text of the Wi-Fi common object. */
+ * reads and writes the selected list text of the Wi-Fi common object.
+ * @par Thread safety
+ * MT-Unsafe race:strtok race:mapped_list: the list text is split with
+ * strtok(), whose position is one for the whole process, and the list is read
+ * and written back in separate store calls, so a concurrent change of the same
+ * list is lost. */
 QVS_API int qvs_wlan_update_mapped_list(uint32_t handle, int position, int value, int selector);
 
 /** Tears down the guest settings of an external SSID: guest duration 0, port
@@ -265,7 +328,12 @@ QVS_API int qvs_wlan_update_mapped_list(uint32_t handle, int position, int value
  * @param handle attached store handle
  * @param ext_idx external SSID index
  * @par Touches
- * the SSID's guest, isolation, enable and "X_QV_SSID_Bitmap" parameters and the guest list. */
+ * the SSID's guest, isolation, enable and "X_QV_SSID_Bitmap" parameters and the guest list.
+ * @par Thread safety
+ * MT-Unsafe race:strtok race:ssid_bitmap race:mapped_list: the guest list is
+ * split with strtok(), whose position is one for the whole process; the SSID's
+ * "X_QV_SSID_Bitmap" and the guest list are read and written back in separate
+ * store calls, so a concurrent change of either is lost. */
 QVS_API int qvs_wlan_clean_guest_ssid_conf_by_ext_ssididx(uint32_t handle, int ext_idx);
 
 /** Number of guest SSIDs (0 to 8) on the radio of internal index
@@ -274,7 +342,9 @@ QVS_API int qvs_wlan_clean_guest_ssid_conf_by_ext_ssididx(uint32_t handle, int e
  * @param handle attached store handle
  * @param internal_idx internal SSID index choosing the radio
  * @par Touches
- * reads "X_QV_SSID_Bitmap" of the radio's eight SSIDs. */
+ * reads "X_QV_SSID_Bitmap" of the radio's eight SSIDs.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_guest_ssid_count_per_radio(uint32_t handle, int internal_idx);
 
 /** Attaches to the store itself. Finds the WAN connection whose bound LAN
@@ -286,7 +356,9 @@ QVS_API int qvs_wlan_get_guest_ssid_count_per_radio(uint32_t handle, int interna
  * @param ssid_idx SSID instance number as it appears in the bound interface names
  * @param ifname caller's buffer of 32 bytes for the interface name, or NULL
  * @par Touches
- * attaches to the store, reads the WAN connection objects, detaches on every path. */
+ * attaches to the store, reads the WAN connection objects, detaches on every path.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_bind_ifname_by_ssididx(int ssid_idx, char *ifname);
 
 
@@ -301,7 +373,11 @@ QVS_API int qvs_wlan_get_bind_ifname_by_ssididx(int ssid_idx, char *ifname);
  * @param ext_idx external SSID index to map
  * @param band non-zero: the 2.4 GHz radio (slots 9 to 16); zero: the 5 GHz radio (1 to 8)
  * @par Touches
- * the SSID map and "X_QV_SSID_Bitmap" (read); writes the map. */
+ * the SSID map and "X_QV_SSID_Bitmap" (read); writes the map.
+ * @par Thread safety
+ * MT-Unsafe race:ssid_map: the map is read, a free slot chosen and the map
+ * written back in separate store calls, so concurrent adds can take the same
+ * slot and a concurrent change of the map is lost. */
 QVS_API int qvs_wlan_add_ssid(uint32_t handle, int ext_idx, int band);
 
 /** Disables the SSID of an external index and frees the index in the map.
@@ -311,7 +387,10 @@ QVS_API int qvs_wlan_add_ssid(uint32_t handle, int ext_idx, int band);
  * @param handle attached store handle
  * @param ext_idx external SSID index to delete
  * @par Touches
- * the SSID's "Enable" and the SSID map. */
+ * the SSID's "Enable" and the SSID map.
+ * @par Thread safety
+ * MT-Unsafe race:ssid_map: the map is read and written back in separate store
+ * calls, so a concurrent change of the map is lost. */
 QVS_API int qvs_wlan_del_ssid(uint32_t handle, int ext_idx);
 
 /** The same with the ubus index taken as the internal index; the external
@@ -320,7 +399,10 @@ QVS_API int qvs_wlan_del_ssid(uint32_t handle, int ext_idx);
  * @param handle attached store handle
  * @param ubus_idx ubus index, taken as the internal index
  * @par Touches
- * the SSID's "Enable" and the SSID map. */
+ * the SSID's "Enable" and the SSID map.
+ * @par Thread safety
+ * MT-Unsafe race:ssid_map: the map is read and written back in separate store
+ * calls, so a concurrent change of the map is lost. */
 QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
 
 
@@ -343,7 +425,10 @@ QVS_API int qvs_wlan_del_ssid_by_ubus(uint32_t handle, int ubus_idx);
  * @par Arguments of all three
  * handle, an attached store handle (never attached, detached or saved here); radio, the radio instance (1 or 2).
  * @par Touches
- * the radio's "X_QV_DiagnosticsState" (written). */
+ * the radio's "X_QV_DiagnosticsState" (written).
+ * @par Thread safety
+ * MT-Safe race:radio: a radio has one scan state; concurrent scans of the same
+ * radio read, and on failure overwrite, each other's state. */
 QVS_API int qvs_wlan_start_scan(uint32_t handle, int radio);
 QVS_API int qvs_wlan_start_scan_force(uint32_t handle, int radio);
 QVS_API int qvs_wlan_start_scan_partial(uint32_t handle, int radio);
@@ -360,7 +445,10 @@ QVS_API int qvs_wlan_start_scan_partial(uint32_t handle, int radio);
  * rewritten to "Error", so a timed-out scan is left marked as failed.
  * @par Touches
  * the radio's "X_QV_DiagnosticsState" (read; "Error" written on failure), the
- * statistics of the neighbour table (OID 392, 6000). */
+ * statistics of the neighbour table (OID 392, 6000).
+ * @par Thread safety
+ * MT-Safe race:radio: a radio has one scan state; concurrent scans of the same
+ * radio read, and on failure overwrite, each other's state. */
 QVS_API int qvs_wlan_get_scan_result(uint32_t handle, int radio);
 
 /** @name qvs_stats_wlan_neighbor, qvs_stats_wlan_neighbor_force
@@ -378,7 +466,10 @@ QVS_API int qvs_wlan_get_scan_result(uint32_t handle, int radio);
  * @par Arguments of both
  * handle, an attached store handle (never attached, detached or saved here); radio, the radio instance (1 or 2); retry, the further attempts after the first.
  * @par Touches
- * as qvs_wlan_start_scan and qvs_wlan_get_scan_result; standard error. */
+ * as qvs_wlan_start_scan and qvs_wlan_get_scan_result; standard error.
+ * @par Thread safety
+ * MT-Safe race:radio: a radio has one scan state; concurrent scans of the same
+ * radio read, and on failure overwrite, each other's state. */
 QVS_API int qvs_stats_wlan_neighbor(uint32_t handle, int radio, int retry);
 QVS_API int qvs_stats_wlan_neighbor_force(uint32_t handle, int radio, int retry);
 /** @} */
@@ -394,7 +485,9 @@ QVS_API int qvs_stats_wlan_neighbor_force(uint32_t handle, int radio, int retry)
  * standard.
  * @return 0; -1 for a null out or a zero handle.
  * @par Touches
- * the radios' supported standards (read). */
+ * the radios' supported standards (read).
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_supported_standards_for_ct(uint32_t handle, char *out);
 
 
@@ -411,7 +504,10 @@ QVS_API int qvs_wlan_get_supported_standards_for_ct(uint32_t handle, char *out);
  * @return the connect result: 0, or -1 when the agent could not be reached;
  * -1 when no socket could be made.
  * @par Touches
- * the socket "/var/run/wlan_event_agent_socket", standard error. */
+ * the socket "/var/run/wlan_event_agent_socket", standard error.
+ * @par Thread safety
+ * MT-Safe: one connection per call; the send raises no SIGPIPE without
+ * touching the process's signal disposition. */
 QVS_API int communicate_to_wlan_agent(const void *msg, size_t length);
 
 /** Hands the uplink Wi-Fi credentials to the Wi-Fi agent: a 124-byte message
@@ -426,7 +522,9 @@ QVS_API int communicate_to_wlan_agent(const void *msg, size_t length);
  * @return 0, also when the send failed; -1 when an argument is null ("wlan
  * info args invaild", level 1).
  * @par Touches
- * the Wi-Fi agent's socket, the log, standard error. */
+ * the Wi-Fi agent's socket, the log, standard error.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_set_uplink_wlan_conn_info(const char *ssid, const char *password, const char *security_mode);
 
 /** Applies the OMCI VLAN settings of a Wi-Fi interface. The file holds lines
@@ -440,7 +538,9 @@ QVS_API int qvs_set_uplink_wlan_conn_info(const char *ssid, const char *password
  * compared whole.
  * @param wifi_name the Wi-Fi interface name
  * @par Touches
- * "/var/run/qvOmciWifi" (read), the switch and network device layer, the log. */
+ * "/var/run/qvOmciWifi" (read), the switch and network device layer, the log.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API void qvsTask_wlanUpToOmciMsg(const char *wifi_name);
 
 /** Attaches to the store itself and looks for an associated station by MAC
@@ -453,7 +553,9 @@ QVS_API void qvsTask_wlanUpToOmciMsg(const char *wifi_name);
  * it does not exist. Any value below 1 means not found.
  * @par Touches
  * "MACAddress" of "InternetGatewayDevice.WiFi.AccessPoint.<parent>.AssociatedDevice.<n>"
- * (read). */
+ * (read).
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_sta_objidx_by_mac(int parent, const uint8_t *mac);
 
 /** @name qvs_wlan_get_map_sta_num, qvs_wlan_get_map_bh_almac
@@ -461,7 +563,9 @@ QVS_API int qvs_wlan_get_sta_objidx_by_mac(int parent, const uint8_t *mac);
 /** The mesh station count and backhaul AL MAC: not supported by this library.
  * @return always -1.
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_wlan_get_map_sta_num(void);
 QVS_API int qvs_wlan_get_map_bh_almac(void);
 /** @} */
@@ -496,7 +600,9 @@ QVS_API int qvs_wlan_get_map_bh_almac(void);
  * @param nextEnd out: end of the split-off range (9 bytes, zero-filled)
  * @param nextWeekdays out: weekdays of the split-off range (strlen(weekdays) + 1 bytes, zero-filled)
  * @par Touches
- * nothing but the caller's buffers. */
+ * nothing but the caller's buffers.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int my_utctime(const char *zone, const char *start, const char *end, const char *weekdays,
                        char *utcStart, char *utcEnd, char *utcWeekdays,
                        char *nextStart, char *nextEnd, char *nextWeekdays);
@@ -515,14 +621,20 @@ QVS_API int my_utctime(const char *zone, const char *start, const char *end, con
  * @param zone zone text "+HH:MM" / "-HH:MM", or no sign for UTC
  * @param out caller's buffer of at least 20 bytes
  * @par Touches
- * the clock (read) and the caller's buffer. */
+ * the clock (read) and the caller's buffer.
+ * @par Thread safety
+ * MT-Safe env: with summer time it reads the process's time zone (TZ), as
+ * localtime_r() does. */
 QVS_API int my_localtime(int dstEnable, const char *zone, char *out);
 
 /** Returns seconds + 3600 when that moment (broken down in the process's own
  * zone) lies in summer time (qvsCheckDST), else seconds.
  * @param seconds time in seconds since 1970
  * @par Touches
- * nothing (uses the process's zone). */
+ * nothing (uses the process's zone).
+ * @par Thread safety
+ * MT-Safe env: reads the process's time zone (TZ), as localtime_r() and
+ * mktime() do. */
 QVS_API time_t qvsTimeToDST(time_t seconds);
 
 /** 1 when the calendar time (year in full, month 1-12) lies between the last
@@ -536,7 +648,9 @@ QVS_API time_t qvsTimeToDST(time_t seconds);
  * @param minute minute
  * @param second second
  * @par Touches
- * nothing (uses the process's zone). */
+ * nothing (uses the process's zone).
+ * @par Thread safety
+ * MT-Safe env: reads the process's time zone (TZ), as mktime() does. */
 QVS_API int qvsCheckDST(int year, int month, int day, int hour, int minute, int second);
 
 /** Converts a local calendar time in the given zone to UTC and writes it as
@@ -549,7 +663,9 @@ QVS_API int qvsCheckDST(int year, int month, int day, int hour, int minute, int 
  * @param zone zone text "+HH:MM" / "-HH:MM"
  * @param out caller's buffer of at least 20 bytes
  * @par Touches
- * nothing but the caller's buffer; the system clock is not set. */
+ * nothing but the caller's buffer; the system clock is not set.
+ * @par Thread safety
+ * MT-Safe env: reads the process's time zone (TZ), as mktime() does. */
 QVS_API int my_settime(struct tm time, const char *zone, char *out);
 
 /** Writes the current local time stamp for alarm records into out (26
@@ -560,7 +676,9 @@ QVS_API int my_settime(struct tm time, const char *zone, char *out);
  * @param handle attached store handle, or 0
  * @param out caller's buffer of 26 bytes
  * @par Touches
- * reads the store's time object (zone, summer-time flag) and the clock. */
+ * reads the store's time object (zone, summer-time flag) and the clock.
+ * @par Thread safety
+ * MT-Safe env: reads the process's time zone (TZ), as localtime_r() does. */
 QVS_API char *get_currentTime(uint32_t handle, char *out);
 
 /* ==== PON zero-configuration state ======================================== */
@@ -587,13 +705,19 @@ QVS_API char *get_currentTime(uint32_t handle, char *out);
  * first call that finds the gateway in that phase and never deleted.
  * @return the state code above.
  * @par Touches
- * attaches to the store (OLT, WAN and registration objects), reads and creates the phase clock files. */
+ * attaches to the store (OLT, WAN and registration objects), reads and creates the phase clock files.
+ * @par Thread safety
+ * MT-Safe: two calls that both find a phase clock file missing both write it;
+ * the later time stays. */
 QVS_API int getzeroconfigeponstate(void);
 
 /** The same for a GPON uplink (GPON OLT registration object and texts).
  * @return the state code, as for the EPON uplink.
  * @par Touches
- * as getzeroconfigeponstate(). */
+ * as getzeroconfigeponstate().
+ * @par Thread safety
+ * MT-Safe: two calls that both find a phase clock file missing both write it;
+ * the later time stays. */
 QVS_API int getzeroconfiggponstate(void);
 
 /* ==== Alarms ============================================================== */
@@ -626,7 +750,11 @@ extern QVS_API const CU_ALARM_INFO cu_alarmInfo[CU_ALARM_INFO_COUNT];
  * configured alarm level. Attaches and detaches itself.
  * @param alarmCode the alarm code
  * @par Touches
- * the alarm object and its AlarmInfo entries (attaches and detaches itself). */
+ * the alarm object and its AlarmInfo entries (attaches and detaches itself).
+ * @par Thread safety
+ * MT-Unsafe race:AlarmInfo env: the search for a free entry index and the add
+ * are separate store calls, so concurrent raises can choose the same index;
+ * the time stamp reads the process's time zone (TZ). */
 QVS_API int CU_add_AlarmID(uint32_t alarmCode);
 
 /** Clears an alarm: the first entry (index 1..255) holding this code gets
@@ -634,7 +762,9 @@ QVS_API int CU_add_AlarmID(uint32_t alarmCode);
  * when no entry holds the code); -1 when the store cannot be attached.
  * @param alarmCode the alarm code
  * @par Touches
- * the AlarmInfo entries (attaches and detaches itself). */
+ * the AlarmInfo entries (attaches and detaches itself).
+ * @par Thread safety
+ * MT-Safe env: the time stamp reads the process's time zone (TZ). */
 QVS_API int CU_clear_AlarmID(uint32_t alarmCode);
 
 /** On an attached store: when an entry with index 1..254 holds alarmCode, sets
@@ -645,7 +775,11 @@ QVS_API int CU_clear_AlarmID(uint32_t alarmCode);
  * @param alarmCode the alarm code looked for
  * @param alarmStatus status written to an entry that holds the code
  * @par Touches
- * reads the AlarmInfo entries; refreshes the one holding the code. */
+ * reads the AlarmInfo entries; refreshes the one holding the code.
+ * @par Thread safety
+ * MT-Unsafe race:AlarmInfo env: the free index returned may be taken by a
+ * concurrent raise before the caller adds its entry; the time stamp reads the
+ * process's time zone (TZ). */
 QVS_API int add_AlarmInfo_Index(uint32_t handle, uint32_t alarmCode, uint8_t alarmStatus);
 
 /** On an attached store: writes NumberOfAlarmInfo = value on the alarm
@@ -655,7 +789,9 @@ QVS_API int add_AlarmInfo_Index(uint32_t handle, uint32_t alarmCode, uint8_t ala
  * @param alarmObject the alarm configuration object as the store returned it
  * @param value the new NumberOfAlarmInfo
  * @par Touches
- * one parameter of the alarm object. */
+ * one parameter of the alarm object.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int update_numberofAlarmInfo(uint32_t handle, const void *alarmObject, uint32_t value);
 
 /* ==== Operator features: timed tasks, speed limits, sleep, hardware ======= */
@@ -691,7 +827,10 @@ QVS_API int update_numberofAlarmInfo(uint32_t handle, const void *alarmObject, u
  * @param instance the task's instance number
  * @par Touches
  * the timed task (deleted when used up), the SSID objects' "Enable", platform
- * event 300, a save of the store; attaches and detaches itself. */
+ * event 300, a save of the store; attaches and detaches itself.
+ * @par Thread safety
+ * MT-Safe env: the task's minute is compared with the local time, which reads
+ * the process's time zone (TZ). */
 QVS_API int qvs_cmcc_timedTask_handler(int instance);
 
 /** Sets "UpSpeedLimit" and "DownSpeedLimit" of the first LAN device
@@ -707,7 +846,9 @@ QVS_API int qvs_cmcc_timedTask_handler(int instance);
  * @param downLimit value for "DownSpeedLimit" (0: no limit)
  * @par Touches
  * the LAN device's two limits and a save of the store; attaches and detaches
- * itself. */
+ * itself.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_setSpeedLimitByMac(const uint8_t *mac, uint32_t upLimit, uint32_t downLimit);
 
 /** Runs the CMCC device-limit task InternetGatewayDevice.X_CMCC_DeviceLimit.Task.`<instance>`
@@ -728,7 +869,10 @@ QVS_API int qvs_setSpeedLimitByMac(const uint8_t *mac, uint32_t upLimit, uint32_
  * @par Touches
  * the LAN device's "UpSpeedLimit" and "DownSpeedLimit", the task (deleted
  * when a once-only task ends), a save of the store; attaches and detaches
- * itself. */
+ * itself.
+ * @par Thread safety
+ * MT-Safe env: the task's minutes are compared with the local time, which
+ * reads the process's time zone (TZ). */
 QVS_API int qvs_cmcc_deviceLimit_handler(int instance);
 
 /** CUC sleep mode. enable exactly 1 puts the gateway to sleep: the current
@@ -750,20 +894,28 @@ QVS_API int qvs_cmcc_deviceLimit_handler(int instance);
  * @par Touches
  * InternetGatewayDevice.X_CU_Function.Sleep, the Wi-Fi common object, the LED
  * object, the switch ports' admin state, a save of the store; attaches and
- * detaches itself. */
+ * detaches itself.
+ * @par Thread safety
+ * MT-Unsafe race:sleep: the Wi-Fi and LED settings are read, remembered in the
+ * sleep object and changed in separate store calls, so concurrent calls can
+ * remember each other's sleep settings. */
 QVS_API int qvs_cuc_set_sleep_mode(int enable);
 
 /** Returns the sleep object's "Enable" byte (0 or 1), or -1 when the store
  * can't be attached or the object is missing.
  * @par Touches
  * reads InternetGatewayDevice.X_CU_Function.Sleep; attaches and detaches
- * itself. */
+ * itself.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_cuc_get_sleep_mode(void);
 
 /** Start hook of the Wi-Fi hardware check, kept for callers: does nothing
  * and returns 0.
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_cuc_check_hardware_start(void);
 
 /** Wi-Fi hardware check: looks for a known Wi-Fi chip (PCI 14c3:7615,
@@ -774,7 +926,9 @@ QVS_API int qvs_cuc_check_hardware_start(void);
  * standard error for each chip tried.
  * @param status record of QVS_HW_STATUS_SIZE (9) bytes; NULL: nothing written
  * @par Touches
- * reads "/proc/bus/pci/devices". */
+ * reads "/proc/bus/pci/devices".
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_cuc_check_hardware_status(uint8_t *status);
 
 /** Copies the channels-in-use text of radio InternetGatewayDevice.WiFi.Radio.`<radio>`
@@ -783,7 +937,9 @@ QVS_API int qvs_cuc_check_hardware_status(uint8_t *status);
  * @param radio radio index (1: 5 GHz, 2: 2.4 GHz)
  * @param channels buffer of QVS_CHANNELS_IN_USE_SIZE (128) bytes
  * @par Touches
- * reads the radio object; attaches and detaches itself. */
+ * reads the radio object; attaches and detaches itself.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_cuc_get_channelsinuse(int radio, char *channels);
 
 /** Keeps the hardware QoS host entry of one LAN device in step with its
@@ -804,7 +960,11 @@ QVS_API int qvs_cuc_get_channelsinuse(int radio, char *channels);
  *        or a MAC of all 0x00 or all 0xFF: refused)
  * @param oldHost the device's previous record (a copy), or NULL
  * @par Touches
- * the hardware QoS host entry, the device's "BucketID" and "CounterID". */
+ * the hardware QoS host entry, the device's "BucketID" and "CounterID".
+ * @par Thread safety
+ * MT-Safe race:hostIndex: the QoS entry and the device's "BucketID" and
+ * "CounterID" are changed in separate calls, so two calls for the same entry
+ * must not overlap. */
 QVS_API int qvsTask_LanDeviceHost_exec(uint32_t handle, int hostIndex, const void *newHost, const void *oldHost);
 
 /* ==== Steering: VPN route lists =========================================== */
@@ -830,20 +990,29 @@ QVS_API int qvsTask_LanDeviceHost_exec(uint32_t handle, int hostIndex, const voi
  * @param n tunnel index
  * @param ip IP address or network text
  * @par Touches
- * "/userconfig/config/qvvpn/VPN_IP_<n>", an "ipset add" command line. */
+ * "/userconfig/config/qvvpn/VPN_IP_<n>", an "ipset add" command line.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int qvvpn_add_route_ip(int n, const char *ip);
 /** Deletes the first line containing the text, and the member from the set.
  * 0 (also when not found); -1 on directory failure or refused text.
  * @param n tunnel index
  * @param ip IP address or network text
  * @par Touches
- * the VPN_IP_<n> list file ("sed -i"), an "ipset del" command line. */
+ * the VPN_IP_<n> list file ("sed -i"), an "ipset del" command line.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int qvvpn_del_route_ip(int n, const char *ip);
 /** Empties the IP list and the set. 0; -1 when the file cannot be truncated
  * or the directory cannot be created.
  * @param n tunnel index
  * @par Touches
- * the VPN_IP_<n> list file, an "ipset flush" command line. */
+ * the VPN_IP_<n> list file, an "ipset flush" command line.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int qvvpn_flush_route_ip(int n);
 /** Adds a domain (when no line contains it yet) and always rewrites the
  * dnsmasq ipset file and signals dnsmasq. 0 when new, else the line number
@@ -851,51 +1020,82 @@ QVS_API int qvvpn_flush_route_ip(int n);
  * @param n tunnel index
  * @param domain domain name
  * @par Touches
- * the VPN_DOMAIN_<n> list file, "/etc/dnsmasq/ipset/vpn_domain<n>", "ps" and a SIGUSR1 to dnsmasq. */
+ * the VPN_DOMAIN_<n> list file, "/etc/dnsmasq/ipset/vpn_domain<n>", "ps" and a SIGUSR1 to dnsmasq.
+ * @par Thread safety
+ * MT-Safe: changes to a domain list file, and the dnsmasq file rebuilt from
+ * it, are serialised by the list's lock file, between threads and processes
+ * alike. */
 QVS_API int qvvpn_add_route_domain(int n, const char *domain);
 /** Deletes the first line containing the domain; in every case empties the
  * domain set and rewrites the dnsmasq file. 0; -1 on directory failure.
  * @param n tunnel index
  * @param domain domain name
  * @par Touches
- * the VPN_DOMAIN_<n> list file, the vpn_domain<n> set, the dnsmasq ipset file and dnsmasq. */
+ * the VPN_DOMAIN_<n> list file, the vpn_domain<n> set, the dnsmasq ipset file and dnsmasq.
+ * @par Thread safety
+ * MT-Safe: changes to a domain list file, and the dnsmasq file rebuilt from
+ * it, are serialised by the list's lock file, between threads and processes
+ * alike. */
 QVS_API int qvvpn_del_route_domain(int n, const char *domain);
 /** Empties the domain list, the set and the dnsmasq file. 0 or -1.
  * @param n tunnel index
  * @par Touches
- * the VPN_DOMAIN_<n> list file, the set and the dnsmasq ipset file. */
+ * the VPN_DOMAIN_<n> list file, the set and the dnsmasq ipset file.
+ * @par Thread safety
+ * MT-Safe: changes to a domain list file, and the dnsmasq file rebuilt from
+ * it, are serialised by the list's lock file, between threads and processes
+ * alike. */
 QVS_API int qvvpn_flush_route_domain(int n);
 /** Adds a MAC (aa:bb:cc:dd:ee:ff or twelve hex digits); mac is lower-cased
  * in place. Results as qvvpn_add_route_ip.
  * @param n tunnel index
  * @param mac MAC text (writable: lower-cased in place)
  * @par Touches
- * the VPN_MAC_<n> list file, an "ipset add" command line. */
+ * the VPN_MAC_<n> list file, an "ipset add" command line.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int qvvpn_add_route_mac(int n, char *mac);
 /** Deletes a MAC (lower-cased in place). Results as qvvpn_del_route_ip.
  * @param n tunnel index
  * @param mac MAC text (writable: lower-cased in place)
  * @par Touches
- * the VPN_MAC_<n> list file, an "ipset del" command line. */
+ * the VPN_MAC_<n> list file, an "ipset del" command line.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int qvvpn_del_route_mac(int n, char *mac);
 /** Empties the MAC list and the set. 0 or -1.
  * @param n tunnel index
  * @par Touches
- * the VPN_MAC_<n> list file, an "ipset flush" command line. */
+ * the VPN_MAC_<n> list file, an "ipset flush" command line.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int qvvpn_flush_route_mac(int n);
 /** Refills vpn_ip<n> and vpn_mac<n> from the files and regenerates the
  * dnsmasq file (the domain set keeps its members). 0; -1 on directory
  * failure.
  * @param n tunnel index
  * @par Touches
- * reads the list files; "/var/vpn_ipset_save" and "ipset" command lines; the dnsmasq ipset file. */
+ * reads the list files; "/var/vpn_ipset_save" and "ipset" command lines; the dnsmasq ipset file.
+ * @par Thread safety
+ * MT-Unsafe race:vpn_ipset_save: the IP list is reloaded through
+ * "/var/vpn_ipset_save", one file for every tunnel, so IP reloads of different
+ * tunnels must not overlap; each list's reload is serialised with its changes
+ * by the list's lock file. */
 QVS_API int qvvpn_reload_route(int n);
 /** The part of qvvpn_reload_route for one list type (others: nothing). 0;
  * -1 on directory failure.
  * @param n tunnel index
  * @param type list type: 0 IP, 1 domain, 2 MAC
  * @par Touches
- * as qvvpn_reload_route() for that list. */
+ * as qvvpn_reload_route() for that list.
+ * @par Thread safety
+ * MT-Unsafe race:vpn_ipset_save: for type 0 the IP list is reloaded through
+ * "/var/vpn_ipset_save", one file for every tunnel, so IP reloads of different
+ * tunnels must not overlap; each list's reload is serialised with its changes
+ * by the list's lock file. */
 QVS_API int qvvpn_reload_route_mode(int n, unsigned int type);
 /** Replaces a whole list with the items of list joined by '%' (split in
  * place; empty items vanish), then reloads that list. 0; -1 on bad type,
@@ -904,7 +1104,12 @@ QVS_API int qvvpn_reload_route_mode(int n, unsigned int type);
  * @param type list type: 0 IP, 1 domain, 2 MAC
  * @param list items joined by '%' (writable: split in place)
  * @par Touches
- * the list file (rewritten) and its set or dnsmasq file. */
+ * the list file (rewritten) and its set or dnsmasq file.
+ * @par Thread safety
+ * MT-Unsafe race:vpn_ipset_save: the rewrite is serialised by the list's lock
+ * file; for type 0 the IP list is reloaded through "/var/vpn_ipset_save", one
+ * file for every tunnel, so IP reloads of different tunnels must not overlap;
+ * each list's reload is serialised with its changes by the list's lock file. */
 QVS_API int qvvpn_set_route_all(int n, unsigned int type, char *list);
 /** Writes the list's items joined by '%' into out (size bytes; each line cut
  * at its first blank; an item that does not fit is skipped). Number of
@@ -914,7 +1119,9 @@ QVS_API int qvvpn_set_route_all(int n, unsigned int type, char *list);
  * @param out caller's buffer
  * @param size bytes of out
  * @par Touches
- * reads the list file. */
+ * reads the list file.
+ * @par Thread safety
+ * MT-Safe: reads the list file as it stands (a rewrite replaces it whole). */
 QVS_API int qvvpn_get_route_all(int n, unsigned int type, char *out, int size);
 /** Per list entry the packets counted for the set members it contains, as
  * "<entry>@<count>" joined by '%' into out (size bytes; stops at the first
@@ -925,14 +1132,18 @@ QVS_API int qvvpn_get_route_all(int n, unsigned int type, char *out, int size);
  * @param out caller's buffer
  * @param size bytes of out
  * @par Touches
- * reads the list file; "ipset list" command lines through a pipe. */
+ * reads the list file; "ipset list" command lines through a pipe.
+ * @par Thread safety
+ * MT-Safe: reads the list file as it stands (a rewrite replaces it whole). */
 QVS_API int qvvpn_get_statistics(int n, unsigned int type, char *out, int size);
 /** Packet sum read from a file named "iptables -t mangle -nvL QV_VPN<n>
  * 2>/dev/null" (two blanks before "2>"), which normally does not exist:
  * then 0.
  * @param n tunnel index
  * @par Touches
- * reads the file named above; runs nothing. */
+ * reads the file named above; runs nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API unsigned int qvvpn_get_pkgCount(int n);
 
 /* ==== Steering: application route lists =================================== */
@@ -958,7 +1169,10 @@ QVS_API unsigned int qvvpn_get_pkgCount(int n);
  * @par Arguments
  * n, the rule index; the entry text (writable: changed in place as described for the section).
  * @par Touches
- * the list file under "/userconfig/config/approute" and "/proc/approute/rule" (an "echo" command line). */
+ * the list file under "/userconfig/config/approute" and "/proc/approute/rule" (an "echo" command line).
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int approute_add_route_ip(int n, char *ip);
 QVS_API int approute_add_route_domain(int n, char *domain);
 QVS_API int approute_add_route_mac(int n, char *mac);
@@ -971,7 +1185,10 @@ QVS_API int approute_add_route_mac(int n, char *mac);
  * @par Arguments
  * n, the rule index; the entry text (writable).
  * @par Touches
- * the list file ("sed -i") and "/proc/approute/rule". */
+ * the list file ("sed -i") and "/proc/approute/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int approute_del_route_ip(int n, char *ip);
 QVS_API int approute_del_route_domain(int n, char *domain);
 QVS_API int approute_del_route_mac(int n, char *mac);
@@ -983,7 +1200,10 @@ QVS_API int approute_del_route_mac(int n, char *mac);
  * @par Argument
  * n, the rule index.
  * @par Touches
- * the list file and "/proc/approute/rule". */
+ * the list file and "/proc/approute/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int approute_flush_route_ip(int n);
 QVS_API int approute_flush_route_domain(int n);
 QVS_API int approute_flush_route_mac(int n);
@@ -997,7 +1217,10 @@ QVS_API int approute_flush_route_mac(int n);
  * @par Arguments
  * n, the rule index; list, the items joined by ',' (writable: split in place).
  * @par Touches
- * the list file and "/proc/approute/rule". */
+ * the list file and "/proc/approute/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int approute_add_route_iplist(int n, char *list);
 QVS_API int approute_add_route_domainlist(int n, char *list);
 QVS_API int approute_add_route_maclist(int n, char *list);
@@ -1010,7 +1233,10 @@ QVS_API int approute_add_route_maclist(int n, char *list);
  * @par Arguments
  * n, the rule index; list, the items joined by ',' (writable: split in place).
  * @par Touches
- * the list file and "/proc/approute/rule". */
+ * the list file and "/proc/approute/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int approute_del_route_iplist(int n, char *list);
 QVS_API int approute_del_route_domainlist(int n, char *list);
 QVS_API int approute_del_route_maclist(int n, char *list);
@@ -1022,7 +1248,10 @@ QVS_API int approute_del_route_maclist(int n, char *list);
  * @par Arguments
  * n, the rule index; type, the list type; list, the items joined by ',' (writable).
  * @par Touches
- * as the function chosen. */
+ * as the function chosen.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int approute_add_route_list(int n, unsigned int type, char *list);
 QVS_API int approute_del_route_list(int n, unsigned int type, char *list);
 /** @} */
@@ -1034,14 +1263,20 @@ QVS_API int approute_del_route_list(int n, unsigned int type, char *list);
  * @param type list type: 0 IP, 1 domain, 2 MAC
  * @param list items joined by ',' (writable: split in place)
  * @par Touches
- * the list file (rewritten) and "/proc/approute/rule". */
+ * the list file (rewritten) and "/proc/approute/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int approute_set_route_all(int n, unsigned int type, char *list);
 
 /** Refills the module's three lists of rule n from the files (after a
  * restart). 0; -1 when the directory cannot be created.
  * @param n rule index
  * @par Touches
- * reads the three list files; writes "/proc/approute/rule". */
+ * reads the three list files; writes "/proc/approute/rule".
+ * @par Thread safety
+ * MT-Safe: a reload is serialised with the changes of each list by the list's
+ * lock file. */
 QVS_API int approute_reload_route(int n);
 
 /** Writes the list's entries (each cut at its first blank) joined by ','
@@ -1053,7 +1288,9 @@ QVS_API int approute_reload_route(int n);
  * @param out caller's buffer
  * @param size bytes of out
  * @par Touches
- * reads the list file. */
+ * reads the list file.
+ * @par Thread safety
+ * MT-Safe: reads the list file as it stands (a rewrite replaces it whole). */
 QVS_API int approute_get_route_all(int n, unsigned int type, char *out, int size);
 
 /** Number of lines of the list file; 0 when the directory or the file is
@@ -1061,7 +1298,9 @@ QVS_API int approute_get_route_all(int n, unsigned int type, char *out, int size
  * @param n rule index
  * @param type list type: 0 IP, 1 domain, 2 MAC
  * @par Touches
- * reads the list file. */
+ * reads the list file.
+ * @par Thread safety
+ * MT-Safe: reads the list file as it stands (a rewrite replaces it whole). */
 QVS_API int approute_get_route_count(int n, int type);
 
 /* ==== Steering: application filter lists ================================== */
@@ -1085,7 +1324,10 @@ QVS_API int approute_get_route_count(int n, int type);
  * @param n rule index
  * @param type list type: 0 IP, 1 domain, 2 MAC
  * @par Touches
- * reads the list file under "/userconfig/config/appfilter"; writes "/proc/appfilter/rule". */
+ * reads the list file under "/userconfig/config/appfilter"; writes "/proc/appfilter/rule".
+ * @par Thread safety
+ * MT-Safe: a reload is serialised with the changes of each list by the list's
+ * lock file. */
 QVS_API int update_data_list_to_appfilter_module(int n, unsigned int type);
 
 /** @name appfilter_add_route_iplist, appfilter_add_route_domainlist, appfilter_add_route_maclist
@@ -1095,7 +1337,10 @@ QVS_API int update_data_list_to_appfilter_module(int n, unsigned int type);
  * @par Arguments
  * n, the rule index; list, the items joined by ',' (writable: split in place).
  * @par Touches
- * the list file under "/userconfig/config/appfilter" and "/proc/appfilter/rule". */
+ * the list file under "/userconfig/config/appfilter" and "/proc/appfilter/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int appfilter_add_route_iplist(int n, char *list);
 QVS_API int appfilter_add_route_domainlist(int n, char *list);
 QVS_API int appfilter_add_route_maclist(int n, char *list);
@@ -1109,7 +1354,10 @@ QVS_API int appfilter_add_route_maclist(int n, char *list);
  * @par Arguments
  * n, the rule index; list, the items joined by ',' (writable: split in place).
  * @par Touches
- * the list file and "/proc/appfilter/rule". */
+ * the list file and "/proc/appfilter/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int appfilter_del_route_iplist(int n, char *list);
 QVS_API int appfilter_del_route_domainlist(int n, char *list);
 QVS_API int appfilter_del_route_maclist(int n, char *list);
@@ -1121,7 +1369,10 @@ QVS_API int appfilter_del_route_maclist(int n, char *list);
  * @par Argument
  * n, the rule index.
  * @par Touches
- * the list file and "/proc/appfilter/rule". */
+ * the list file and "/proc/appfilter/rule".
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int appfilter_flush_route_ip(int n);
 QVS_API int appfilter_flush_route_domain(int n);
 QVS_API int appfilter_flush_route_mac(int n);
@@ -1133,7 +1384,10 @@ QVS_API int appfilter_flush_route_mac(int n);
  * @par Arguments
  * n, the rule index; type, the list type; list (where taken), the items joined by ',' (writable).
  * @par Touches
- * as the function chosen. */
+ * as the function chosen.
+ * @par Thread safety
+ * MT-Safe: changes to a list file are serialised by the list's lock file,
+ * between threads and processes alike. */
 QVS_API int appfilter_add_route_list(int n, unsigned int type, char *list);
 QVS_API int appfilter_del_route_list(int n, unsigned int type, char *list);
 QVS_API int appfilter_flush_route_list(int n, unsigned int type);
@@ -1148,7 +1402,9 @@ QVS_API int appfilter_flush_route_list(int n, unsigned int type);
  * @param out caller's buffer (clear it first)
  * @param size bytes of out
  * @par Touches
- * reads the list file. */
+ * reads the list file.
+ * @par Thread safety
+ * MT-Safe: reads the list file as it stands (a rewrite replaces it whole). */
 QVS_API int appfilter_get_route_list(int n, int type, char *out, int size);
 
 /* ==== VPN account retrieval =============================================== */
@@ -1162,7 +1418,9 @@ struct cJSON;
  * -1 otherwise (informational only; callers need not check it).
  * @param mac caller's buffer of at least 13 bytes
  * @par Touches
- * a socket ioctl (SIOCGIFHWADDR) on "br0"; standard output. */
+ * a socket ioctl (SIOCGIFHWADDR) on "br0"; standard output.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int get_macAddr(char *mac);
 
 /** Writes the 16 digest bytes as 32 upper-case hex digits and a NUL to `out`
@@ -1170,7 +1428,9 @@ QVS_API int get_macAddr(char *mac);
  * @param digest the 16 digest bytes
  * @param out caller's buffer of at least 33 bytes
  * @par Touches
- * nothing but out. */
+ * nothing but out.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API void md5ToAscii(const unsigned char *digest, char *out);
 
 /** Adds the six members of the signed account request to `req`, in order:
@@ -1185,7 +1445,9 @@ QVS_API void md5ToAscii(const unsigned char *digest, char *out);
  * @param userId user identifier for the inner object
  * @param req cJSON object that receives the members
  * @par Touches
- * the hardware address of "br0", the clock, standard output. */
+ * the hardware address of "br0", the clock, standard output.
+ * @par Thread safety
+ * MT-Safe env: the request's time stamp reads the process's time zone (TZ). */
 QVS_API int constructReqData(const char *tunnelName, const char *userId, struct cJSON *req);
 
 /** Sends the signed account request for `tunnelName`/`userId` over one TCP
@@ -1207,7 +1469,10 @@ QVS_API int constructReqData(const char *tunnelName, const char *userId, struct 
  * @param proxy server as "host:port"
  * @param reply caller's buffer of at least 2045 bytes
  * @par Touches
- * one TCP connection (name lookup, connect, write, read), standard output. */
+ * one TCP connection (name lookup, connect, write, read), standard output.
+ * @par Thread safety
+ * MT-Safe env: the host name is looked up with getaddrinfo(), and the
+ * request's time stamp reads the process's time zone (TZ). */
 QVS_API int createSocketToGetAccount(const char *tunnelName, const char *userId, const char *proxy,
                                      char *reply);
 
@@ -1226,7 +1491,11 @@ QVS_API int createSocketToGetAccount(const char *tunnelName, const char *userId,
  * @param vpn_pwd out: password
  * @param account_timeout out: account time-out
  * @par Touches
- * standard output and the caller's buffers. */
+ * standard output and the caller's buffers.
+ * @par Thread safety
+ * MT-Safe: cJSON keeps the position of a parse error in one place for the
+ * whole process (cJSON_GetErrorPtr()), which concurrent parses overwrite; this
+ * function does not read it. */
 QVS_API int parseRepData(const char *buf, char *vpn_addr, char *vpn_port, char *vpn_user, char *vpn_pwd,
                          char *account_timeout);
 
@@ -1242,20 +1511,26 @@ extern QVS_API char b64_chr[65];
  * '/' 63, '=' 64, anything else 0.
  * @param ch character code
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API unsigned int b64_int(unsigned int ch);
 
 /** Encoded size of `in_size` bytes: 4 * ceil(in_size / 3) modulo 2^32, NUL not
  * counted.
  * @param in_size number of bytes
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API unsigned int b64e_size(unsigned int in_size);
 
 /** Decoded size bound of `in_size` characters: (3 * in_size mod 2^32) >> 2.
  * @param in_size number of characters
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API unsigned int b64d_size(unsigned int in_size);
 
 /** Encodes `len` bytes with '=' padding into `out`, which must hold
@@ -1265,7 +1540,10 @@ QVS_API unsigned int b64d_size(unsigned int in_size);
  * @param len number of bytes
  * @param out caller's buffer of b64e_size(len) + 1 bytes
  * @par Touches
- * nothing but out (reads b64_chr). */
+ * nothing but out (reads b64_chr).
+ * @par Thread safety
+ * MT-Safe race:b64_chr: the alphabet is the writable table b64_chr, which must
+ * not be changed while another thread encodes. */
 QVS_API unsigned int b64_encode(const unsigned char *in, unsigned int len, unsigned char *out);
 
 /** Decodes the whole quartets of `len` characters into `out` (at least
@@ -1277,7 +1555,9 @@ QVS_API unsigned int b64_encode(const unsigned char *in, unsigned int len, unsig
  * @param len number of characters
  * @param out caller's buffer of at least b64d_size(len) bytes
  * @par Touches
- * nothing but out. */
+ * nothing but out.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API unsigned int b64_decode(const unsigned char *in, unsigned int len, unsigned char *out);
 
 /* Strict, bounded codec, lengths of the size type. */
@@ -1291,7 +1571,9 @@ QVS_API unsigned int b64_decode(const unsigned char *in, unsigned int len, unsig
  * @param out caller's buffer
  * @param outlen bytes of out
  * @par Touches
- * nothing but out. */
+ * nothing but out.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API void base64_encode(const char *in, size_t inlen, char *out, size_t outlen);
 
 /** Encodes into a new malloc'ed, NUL-terminated block stored in *out (free()
@@ -1301,13 +1583,17 @@ QVS_API void base64_encode(const char *in, size_t inlen, char *out, size_t outle
  * @param inlen number of bytes
  * @param out receives the new block (free() it)
  * @par Touches
- * the heap. */
+ * the heap.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API size_t base64_encode_alloc(const char *in, size_t inlen, char **out);
 
 /** True when `ch` is one of the 64 alphabet characters ('=' and '\n' are not).
  * @param ch character
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API bool isbase64(char ch);
 
 /** Streaming decoder state, owned by the caller: `i` characters (0 to 4) of a
@@ -1321,7 +1607,9 @@ struct base64_decode_context {
 /** Starts a decoding context (i = 0).
  * @param ctx caller's context
  * @par Touches
- * nothing but ctx. */
+ * nothing but ctx.
+ * @par Thread safety
+ * MT-Safe race:ctx: a context must not be used by two threads at once. */
 QVS_API void base64_decode_ctx_init(struct base64_decode_context *ctx);
 
 /** Decodes `inlen` characters into `out`, whose capacity is *outlen; bytes
@@ -1337,7 +1625,9 @@ QVS_API void base64_decode_ctx_init(struct base64_decode_context *ctx);
  * @param out caller's buffer
  * @param outlen in: capacity of out; out: bytes written
  * @par Touches
- * nothing but ctx and out. */
+ * nothing but ctx and out.
+ * @par Thread safety
+ * MT-Safe race:ctx: a context must not be used by two threads at once. */
 QVS_API bool base64_decode_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen, char *out,
                                size_t *outlen);
 
@@ -1351,7 +1641,9 @@ QVS_API bool base64_decode_ctx(struct base64_decode_context *ctx, const char *in
  * @param out receives the new block (free() it)
  * @param outlen receives the bytes decoded, or NULL
  * @par Touches
- * the heap. */
+ * the heap.
+ * @par Thread safety
+ * MT-Safe race:ctx: a context must not be used by two threads at once. */
 QVS_API bool base64_decode_alloc_ctx(struct base64_decode_context *ctx, const char *in, size_t inlen,
                                      char **out, size_t *outlen);
 
@@ -1368,7 +1660,10 @@ QVS_API bool base64_decode_alloc_ctx(struct base64_decode_context *ctx, const ch
  *         a line end (level-1 log line), or when the file cannot be opened
  *         ("open file /tmp/ca.info failed!") or written.
  * The subject is used by ipsec_generate_client_ca(), which cuts it at 62
- * characters. */
+ * characters.
+ * @par Thread safety
+ * MT-Unsafe race:ca_info: every call rewrites the one file "/tmp/ca.info", so
+ * concurrent calls can leave a mix of both subjects. */
 QVS_API int ipsec_write_ca_info(const char *countryca, const char *organizationca);
 
 /** Makes the client key and has the operator's CA certify it. Needs the CA
@@ -1389,7 +1684,11 @@ QVS_API int ipsec_write_ca_info(const char *countryca, const char *organizationc
  *         ("open file /tmp/ca.info failed!"), or when the subject holds a
  *         shell special character (level-1 log line, nothing run).
  * Since the CA files are moved away, a second call fails until new CA files
- * are placed. */
+ * are placed.
+ * @par Thread safety
+ * MT-Unsafe race:ca_info race:ipsec_files: it reads "/tmp/ca.info", writes the
+ * client key and certificate and moves the CA files, all at fixed paths, so
+ * concurrent calls overwrite each other's files. */
 QVS_API int ipsec_generate_client_ca(void);
 
 /** Refreshes "ConnectionStatus" of the IPsec configuration instances
@@ -1405,7 +1704,11 @@ QVS_API int ipsec_generate_client_ca(void);
  * "Connected" (INSTALLED) or "Disconnecting". Writes do not notify the
  * store's listeners and are not saved; missing instances are skipped.
  * "/var/ipsec.status" is removed afterwards.
- * @return 0; -1 when the store cannot be attached (nothing else done). */
+ * @return 0; -1 when the store cannot be attached (nothing else done).
+ * @par Thread safety
+ * MT-Unsafe race:ipsec_status: every call writes, reads and removes the one
+ * file "/var/ipsec.status", so a concurrent call can read it half-written or
+ * find it removed. */
 QVS_API int ipsec_update_status(void);
 
 /* ==== String helpers ====================================================== */
@@ -1420,7 +1723,9 @@ QVS_API int ipsec_update_status(void);
  * @param from character replaced
  * @param to replacement
  * @par Touches
- * nothing but str. */
+ * nothing but str.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API void qvsReplace(char *str, char from, char to);
 
 /** Writes the display name of a WAN connection to dst:
@@ -1438,7 +1743,9 @@ QVS_API void qvsReplace(char *str, char from, char to);
  * @param mode 0, 1 or 2 as above
  * @param dst caller's buffer of QVS_GENERATE_NAME_SIZE bytes
  * @par Touches
- * nothing but dst. */
+ * nothing but dst.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int generateName(unsigned int index, const char *name, const char *connType,
                          int vid, uint8_t mode, char *dst);
 
@@ -1455,21 +1762,27 @@ QVS_API int generateName(unsigned int index, const char *name, const char *connT
  * @param from text replaced
  * @param to replacement text
  * @par Touches
- * the buffer and a temporary heap block. */
+ * the buffer and a temporary heap block.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API char *str_replace(char *str, size_t size, const char *from, const char *to);
 
 /** 1 when every character of the text is a hexadecimal digit (0-9, a-f, A-F)
  * or the text is empty; 0 otherwise, and 0 for NULL.
  * @param str text
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_is_hex_string(const char *str);
 
 /** 0 when the 6 bytes are all 0x00 or all 0xFF (or mac is NULL); 1 for any
  * other address, multicast ones included.
  * @param mac the 6 address bytes
  * @par Touches
- * nothing. */
+ * nothing.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int isValidMac(const unsigned char *mac);
 
 /* ==== System facts ======================================================== */
@@ -1486,7 +1799,9 @@ QVS_API int isValidMac(const unsigned char *mac);
  *             opened (NULL: nothing written)
  * @return 0 in every case
  * @par Touches
- * reads "/proc/mtd". */
+ * reads "/proc/mtd".
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int GetMaxImageSize(uint32_t *size);
 
 /** Path of the factory default configuration for the gateway's area and
@@ -1503,7 +1818,10 @@ QVS_API int GetMaxImageSize(uint32_t *size);
  * @par Touches
  * the two platform calls, access() on the candidate paths; logs
  * `"final default xml is %s\n."` with the path at level 1 (the full stop follows the
- * line end). */
+ * line end).
+ * @par Thread safety
+ * MT-Unsafe race:getPreDefaultXml: the result is one static buffer, rewritten
+ * by every call. */
 QVS_API char *getPreDefaultXml(void);
 
 /** Area and province codes of the gateway from the platform.
@@ -1513,7 +1831,9 @@ QVS_API char *getPreDefaultXml(void);
  *         call's result, else 0 (both NULL); the platform gives 0 on success
  *         and a negative value on failure
  * @par Touches
- * the platform calls only. */
+ * the platform calls only.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int getAreaAndProvince(char *area, char *province);
 
 /** CPU occupancy in percent (0 to 100) as the platform measures it
@@ -1522,7 +1842,9 @@ QVS_API int getAreaAndProvince(char *area, char *province);
  *                untouched otherwise (NULL: nothing written)
  * @return 0 in every case
  * @par Touches
- * the platform call only. */
+ * the platform call only.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int getCpuOccupy(unsigned int *percent);
 
 /** RAM occupancy in percent, 100 * (MemTotal - MemAvailable) / MemTotal,
@@ -1535,7 +1857,9 @@ QVS_API int getCpuOccupy(unsigned int *percent);
  *         (prints "couln't parser, parameter error.")
  * @par Touches
  * reads "/proc/meminfo"; the two texts go to standard output (puts), not to
- * the log. */
+ * the log.
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int getRamOccupy(unsigned int *percent);
 
 /** Flash occupancy in percent: the used 1K blocks of the mounts
@@ -1548,7 +1872,11 @@ QVS_API int getRamOccupy(unsigned int *percent);
  *         with percent untouched when "/tmp/flashsize" cannot be read
  * @par Touches
  * runs "df>/tmp/flashsize" and then "rm /tmp/flashsize" with system(), and
- * reads the listing (128-byte lines). */
+ * reads the listing (128-byte lines).
+ * @par Thread safety
+ * MT-Unsafe race:flashsize: every call writes, reads and removes the one file
+ * "/tmp/flashsize", so a concurrent call can read it half-written or find it
+ * removed. */
 QVS_API int getFLASHOccupy(int *percent);
 
 /** Copies the software version text of the device information object
@@ -1559,7 +1887,9 @@ QVS_API int getFLASHOccupy(int *percent);
  * @par Touches
  * attaches to the store by itself and detaches on every path; logs
  * `"xmlShm init error.\r\n"` (level 1) when the store refuses, else
- * `"xmlShm init success.\r\n"` (level 5). */
+ * `"xmlShm init success.\r\n"` (level 5).
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int qvs_getSWVersion(char *dst);
 
 /* ==== Bridge and WAN helpers ============================================== */
@@ -1590,7 +1920,9 @@ struct qvs_fdb_entry {
  * @param out receives the 16 bytes of the record when found
  * @return 1 when found; 0 when not found or the file cannot be opened
  * @par Touches
- * reads "/sys/class/net/`brname`/brforward". */
+ * reads "/sys/class/net/`brname`/brforward".
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int brctl_getmacs_by_mac(const char *brname, const unsigned char *mac, struct qvs_fdb_entry *out);
 
 /** Copies, in file order, the learned (not local) records among the first
@@ -1602,7 +1934,9 @@ QVS_API int brctl_getmacs_by_mac(const char *brname, const unsigned char *mac, s
  * @param max records to examine; below 1 gives 0 with out untouched
  * @return the number of records written; 0 when the file cannot be opened
  * @par Touches
- * reads "/sys/class/net/`brname`/brforward". */
+ * reads "/sys/class/net/`brname`/brforward".
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int brctl_getmacs(const char *brname, struct qvs_fdb_entry *out, int max);
 
 /** Makes an Ethernet port a tagged member of the LAN bridge "br0", through
@@ -1621,7 +1955,10 @@ QVS_API int brctl_getmacs(const char *brname, struct qvs_fdb_entry *out, int max
  *         is refused
  * @par Touches
  * the two platform device calls and four command lines through
- * `qvs_system`. */
+ * `qvs_system`.
+ * @par Thread safety
+ * MT-Safe race:ifname: the port's VLAN device is removed and made again in
+ * separate steps, so two set-ups of the same port must not overlap. */
 QVS_API int qvsUtil_setEthToLan(const char *ifname, int vid);
 
 /** The PVC index for a new WAN connection: over the WANPPPConnection and
@@ -1633,7 +1970,10 @@ QVS_API int qvsUtil_setEthToLan(const char *ifname, int vid);
  * @return 1 to 20
  * @par Touches
  * reads the store by object name through the caller's handle (never
- * attaches, writes or saves). */
+ * attaches, writes or saves).
+ * @par Thread safety
+ * MT-Safe: the index returned may be taken by a concurrent connection set-up
+ * before the caller uses it. */
 QVS_API int Qvs_getpvcIndex(uint32_t handle);
 
 /** Whether a LAN interface is bound to an enabled bridged WAN connection of
@@ -1651,7 +1991,9 @@ QVS_API int Qvs_getpvcIndex(uint32_t handle);
  * @return 1 when bound; 0 otherwise, for a NULL path and a zero handle
  * @par Touches
  * reads the store by object name through the caller's handle (never
- * attaches, writes or saves). */
+ * attaches, writes or saves).
+ * @par Thread safety
+ * MT-Safe. */
 QVS_API int isIntfBindByOtherBridgeWan(uint32_t handle, const char *path);
 
 #ifdef __cplusplus
