@@ -42,7 +42,7 @@ def comment_text(lines):
     for i, line in enumerate(lines):
         s = line.strip()
         if i == 0:
-            s = s[3:]
+            s = s[3:].lstrip()
         elif s.startswith('*') and not s.startswith('*/'):
             s = s[1:]
             if s.startswith(' '):
