@@ -40,7 +40,8 @@ build: build-host
 # host build with Clang, and the armhf build under qemu-user; then the checks
 # on the shipped object itself: exported symbols, the Debian packages
 # (lintian), the ABI against abi/, the consumer example against the staging
-# trees and the unpacked amd64 packages, and the API reference.
+# trees and the unpacked amd64 packages, the API reference and the manual
+# pages of the -dev package.
 test: deps
 	$(MAKE) build-host build-host-asan build-host-clang build-armhf
 	ctest --preset host
@@ -52,6 +53,7 @@ test: deps
 	bash scripts/abi.sh check
 	bash scripts/consumer-test.sh
 	bash scripts/docs.sh
+	bash scripts/man-check.sh
 
 # Debian packages for amd64 and armhf into build/packages/, checked by lintian.
 package: deps
