@@ -87,7 +87,7 @@ def first_sentence(lines):
     return sentence.rstrip('.:').replace('`', '')
 
 
-def page(entry, version, date, siblings):
+def page(entry, include_dir, version, date, siblings):
     name = entry.names[0]
     parts = header_doc.paragraphs(entry.doc)
     description = [p for p in parts if p[0] == '']
@@ -106,8 +106,14 @@ def page(entry, version, date, siblings):
         out.append(line(esc(proto)))
     out += ['.fi', '.SH DESCRIPTION']
     out += flow(desc_lines)
+    # Where to look in the headers: the family header and its section.
+    header = os.path.relpath(entry.header, include_dir)
+    where = 'Declared in \\fI<%s>\\fP' % header
+    if header != 'qvs_utils.h':
+        where += ', which \\fI<qvs_utils.h>\\fP includes'
     if entry.section:
-        out += ['.PP', 'Section: %s.' % esc(entry.section)]
+        where += ', section \\(lq%s\\(rq' % esc(entry.section)
+    out += ['.PP', where + '.']
     arguments = [p for p in pars if p[1].startswith('Argument')]
     if params or arguments:
         out.append('.SS Arguments')
@@ -169,7 +175,7 @@ def main():
     for e in entries:
         if not e.names:
             continue
-        write_gz(os.path.join(man3, e.names[0] + '.3.gz'), page(e, version, date, by_section[e.section]))
+        write_gz(os.path.join(man3, e.names[0] + '.3.gz'), page(e, include_dir, version, date, by_section[e.section]))
         pages += 1
         for other in e.names[1:]:
             write_gz(os.path.join(man3, other + '.3.gz'), '.so man3/%s.3\n' % e.names[0])
