@@ -30,9 +30,17 @@ class Entry:
 
 
 def headers(include_dir):
-    """The umbrella header and every family header, in a stable order."""
-    found = [os.path.join(include_dir, 'qvs_utils.h')]
-    found += sorted(glob.glob(os.path.join(include_dir, 'qvs_utils', '*.h')))
+    """The umbrella header, then the family headers in the order it
+    includes them (any other header under qvs_utils/ after them)."""
+    umbrella = os.path.join(include_dir, 'qvs_utils.h')
+    found = [umbrella]
+    for line in open(umbrella, encoding='utf-8'):
+        m = re.match(r'^#include "(qvs_utils/[^"]+)"', line)
+        if m:
+            found.append(os.path.join(include_dir, m.group(1)))
+    for f in sorted(glob.glob(os.path.join(include_dir, 'qvs_utils', '*.h'))):
+        if f not in found:
+            found.append(f)
     return [f for f in found if os.path.isfile(f)]
 
 
@@ -117,6 +125,19 @@ def all_entries(include_dir):
     for h in headers(include_dir):
         entries += parse(h)
     return entries
+
+
+def file_comment(path):
+    """The lines of the plain comment a header opens with."""
+    lines = open(path, encoding='utf-8').read().split('\n')
+    if not lines or lines[0].strip() != '/*':
+        return []
+    text = []
+    for line in lines[1:]:
+        if line.strip() == '*/':
+            break
+        text.append(line[3:] if line.startswith(' * ') else '')
+    return text
 
 
 def paragraphs(doc):

@@ -141,8 +141,33 @@ def page(entry, include_dir, version, date, siblings):
             out += ['.br', line(esc(why))]
     others = [s for s in siblings if s not in entry.names]
     out.append('.SH SEE ALSO')
-    refs = ['.BR %s (3)%s' % (s, ',') for s in others] + ['.BR attributes (7)']
+    refs = ['.BR %s (3),' % s for s in others] + ['.BR qvs_utils (3),', '.BR attributes (7)']
     out += refs
+    return '\n'.join(out) + '\n'
+
+
+def overview(entries, include_dir, version, date):
+    """qvs_utils(3): the library-wide notes of qvs_utils.h, then each family
+    header with its sections and functions."""
+    out = ['.TH qvs_utils 3 "%s" "libqvs_utils %s" "%s"' % (date, version, TITLE), '.ad l', '.nh',
+           '.SH NAME', 'qvs_utils \\- the home gateway\'s shared utility library, by family',
+           '.SH LIBRARY', 'libqvs_utils (\\fI\\-lqvs_utils\\fP)',
+           '.SH SYNOPSIS', '.nf', '.B #include <qvs_utils.h>', '.fi', '.SH DESCRIPTION']
+    out += flow(header_doc.file_comment(os.path.join(include_dir, 'qvs_utils.h'))[1:])
+    out.append('.SH HEADERS')
+    for h in header_doc.headers(include_dir)[1:]:
+        mine = [e for e in entries if e.header == h and e.names]
+        if not mine:
+            continue
+        out += ['.SS <%s>' % os.path.relpath(h, include_dir)]
+        sections = []
+        for e in mine:
+            if e.section not in sections:
+                sections.append(e.section)
+        for s in sections:
+            names = [n for e in mine if e.section == s for n in e.names]
+            out += ['.TP', esc(s), ', '.join('\\fB%s\\fP(3)' % n for n in names)]
+    out += ['.SH SEE ALSO', '.BR qvsctl (1),', '.BR attributes (7)']
     return '\n'.join(out) + '\n'
 
 
@@ -180,6 +205,8 @@ def main():
         for other in e.names[1:]:
             write_gz(os.path.join(man3, other + '.3.gz'), '.so man3/%s.3\n' % e.names[0])
             links += 1
+    write_gz(os.path.join(man3, 'qvs_utils.3.gz'), overview(entries, include_dir, version, date))
+    pages += 1
     man1 = os.path.join(out_dir, 'man1')
     shutil.rmtree(man1, ignore_errors=True)
     os.makedirs(man1)
