@@ -27,6 +27,7 @@ for e in header_doc.all_entries("include"): print("\n".join(e.names))')
 for f in $functions; do
   [ -f "$man_root/man3/$f.3.gz" ] || { echo "man-check: no page for $f"; fail=1; }
 done
+[ -f "$man_root/man3/qvs_utils.3.gz" ] || { echo "man-check: no page qvs_utils(3)"; fail=1; }
 for f in qvsctl qvstore; do
   [ -f "$man_root/man1/$f.1.gz" ] || { echo "man-check: no page $f(1)"; fail=1; }
 done
