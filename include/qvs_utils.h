@@ -40,7 +40,7 @@
 #include <stdint.h>
 #include <time.h>
 
-/* One header per family, in the order of the library's parts. */
+/* One header per family, each also compiling on its own. */
 #include "qvs_utils/logging.h"
 #include "qvs_utils/pid_records.h"
 #include "qvs_utils/wlan.h"
