@@ -14,6 +14,7 @@ BANNER = re.compile(r'^/\* =+ (.+?) =+ \*/\s*$')
 FUNCTION = re.compile(r'^QVS_API\s')
 NAME_BEFORE_PAREN = re.compile(r'([A-Za-z_][A-Za-z0-9_]*)\s*\(')
 ATTRIBUTE = re.compile(r'\s*__attribute__\s*\(\(.*\)\)')
+ASM_LABEL = re.compile(r'\s*__asm__\s*\(\s*"([A-Za-z_][A-Za-z0-9_]*)"\s*\)')
 
 
 class Entry:
@@ -106,8 +107,12 @@ def parse(path):
                 decl += ' ' + lines[i].strip()
             decl = decl[:decl.index(';')]
             decl = ATTRIBUTE.sub('', re.sub(r'\s+', ' ', decl)).strip()
+            # A declaration with an assembler label (such as a 64-bit time
+            # variant) exports the label's name.
+            label = ASM_LABEL.search(decl)
+            decl = ASM_LABEL.sub('', decl)
             decl = re.sub(r'^QVS_API ', '', decl) + ';'
-            name = NAME_BEFORE_PAREN.search(decl).group(1)
+            name = label.group(1) if label else NAME_BEFORE_PAREN.search(decl).group(1)
             if group is not None:
                 entry = group
             else:
