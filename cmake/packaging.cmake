@@ -1,7 +1,7 @@
 # Debian packages with CPack (`make package`): the runtime package holds the
 # .so.1 and its soname link, the development package the headers, the .so
-# link, the section 3 manual pages, the pkg-config file and the CMake package. qvsctl, qvstore and the
-# simulated platform are never packaged.
+# link, the section 3 manual pages, the pkg-config file and the CMake
+# package. qvsctl, qvstore and the simulated platform are never packaged.
 if(CMAKE_CROSSCOMPILING)
   set(QVS_DEB_ARCH armhf)
 else()
