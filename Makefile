@@ -43,10 +43,10 @@ build: build-host
 # checkout lives); then the checks
 # on the shipped object itself: exported symbols, the Debian packages
 # (lintian), the ABI against abi/, the consumer example against the staging
-# trees and the unpacked amd64 packages, and the API reference. Also: the
-# hardening of every shipped object, the packages' SBOMs, the amd64
-# packages installed with apt from the signed feed into a clean Debian root,
-# and the licence line in every source file.
+# trees and the unpacked amd64 packages, the API reference and the manual
+# pages of the -dev package. Also: the hardening of every shipped object, the
+# packages' SBOMs, the amd64 packages installed with apt from the signed feed
+# into a clean Debian root, and the licence line in every source file.
 test: deps
 	$(MAKE) build-host build-host-asan build-host-clang build-armhf
 	ctest --preset host
@@ -63,6 +63,7 @@ test: deps
 	bash scripts/feed-test.sh
 	bash scripts/spdx-check.sh
 	bash scripts/docs.sh
+	bash scripts/man-check.sh
 
 # Debian packages for amd64 and armhf into build/packages/, checked by lintian.
 package: deps

@@ -1,7 +1,7 @@
 # Debian packages with CPack (`make package`): the runtime package holds the
-# .so.1 and its soname link, the development package the header, the .so
-# link, the pkg-config file and the CMake package. qvsctl, qvstore and the
-# simulated platform are never packaged.
+# .so.1 and its soname link, the development package the headers, the .so
+# link, the section 3 manual pages, the pkg-config file and the CMake
+# package. qvsctl, qvstore and the simulated platform are never packaged.
 if(CMAKE_CROSSCOMPILING)
   set(QVS_DEB_ARCH armhf)
 else()
@@ -61,8 +61,9 @@ numbering, timer rules, alarms, traffic steering lists, VPN account
 retrieval, Base64 codecs, operator features and system facts, behind a
 plain C interface.
 .
-This package holds the header, the pkg-config file and the CMake package
-(find_package(qvs_utils CONFIG), target qvs_utils::qvs_utils).")
+This package holds the headers, a manual page for every function, the
+pkg-config file and the CMake package (find_package(qvs_utils CONFIG),
+target qvs_utils::qvs_utils).")
 
 # Copyright and changelog in each package's documentation folder.
 foreach(comp runtime development)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Doxygen input filter for include/qvs_utils.h: every section banner
+"""Doxygen input filter for the headers under include/: every section banner
 
     /* ==== Family: topic ===== */
 

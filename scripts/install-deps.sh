@@ -16,8 +16,8 @@ host_pkgs=(
   busybox
   # IPsec: pki and swanctl, charon with its userspace IPsec plugin
   strongswan-pki strongswan-swanctl strongswan-starter strongswan-charon libcharon-extra-plugins
-  # Shipping: ABI baseline, API reference, package checks
-  abigail-tools doxygen lintian file gzip
+  # Shipping: ABI baseline, API reference, package checks, manual page checks
+  abigail-tools doxygen lintian file gzip man-db groff-base
   # Hardening: coverage and memcheck
   gcovr valgrind
   # Power-cut tests: a FUSE filesystem that keeps only what was synced

@@ -6,6 +6,9 @@
 #include <stdlib.h>
 #include <string.h>
 
+/* qvs_utils.h is the one header to include; each family's header under
+ * qvs_utils/ may also be included alone, as the Base64 one is here first. */
+#include <qvs_utils/base64.h>
 #include <qvs_utils.h>
 
 /* cJSON's functions come with libqvs_utils (it exports them). The firmware
