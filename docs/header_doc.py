@@ -107,12 +107,15 @@ def parse(path):
                 decl += ' ' + lines[i].strip()
             decl = decl[:decl.index(';')]
             decl = ATTRIBUTE.sub('', re.sub(r'\s+', ' ', decl)).strip()
-            # A declaration with an assembler label (such as a 64-bit time
-            # variant) exports the label's name.
-            label = ASM_LABEL.search(decl)
-            decl = ASM_LABEL.sub('', decl)
+            # A declaration with an assembler label is the other alternative
+            # of a preprocessor choice (a 64-bit time caller reaching the
+            # 64-bit twin, declared on its own): the comment above it belongs
+            # to the plain declaration that follows.
+            if ASM_LABEL.search(decl):
+                i += 1
+                continue
             decl = re.sub(r'^QVS_API ', '', decl) + ';'
-            name = label.group(1) if label else NAME_BEFORE_PAREN.search(decl).group(1)
+            name = NAME_BEFORE_PAREN.search(decl).group(1)
             if group is not None:
                 entry = group
             else:
