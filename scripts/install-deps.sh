@@ -12,6 +12,8 @@ host_pkgs=(
   libsqlite3-dev sqlite3 libmd-dev dpkg-dev
   ipset iptables dnsmasq-base bridge-utils net-tools iproute2 procps psmisc
   faketime openssl util-linux
+  # The booted ARM target: its image and its machine
+  qemu-system-arm mmdebstrap cpio kmod e2fsprogs
   # IPsec: pki and swanctl, charon with its userspace IPsec plugin
   strongswan-pki strongswan-swanctl strongswan-starter strongswan-charon libcharon-extra-plugins
   # Shipping: ABI baseline, API reference, package checks
