@@ -28,6 +28,7 @@ dpkg -s libqvs-utils1 >> "$results/dpkg.log" 2>&1
 # one time limit besides each test's own.
 set -- --test-dir "$tree/build/armhf" --output-on-failure -j2
 [ "$selection" = all ] || set -- "$@" -R "$selection"
+set -- "$@" -E "$(cat "$results/exclude")"
 echo "suites start: $(now) s" >> "$results/times"
 timeout -s KILL "$limit" ctest "$@" > "$results/ctest.log" 2>&1
 echo $? > "$results/ctest.status"
