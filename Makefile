@@ -7,6 +7,7 @@ PRESETS := host host-asan host-clang host-release armhf
 PKG_PRESETS := pkg-amd64 pkg-armhf
 
 .PHONY: all deps build test run bench clean size package docs abi-baseline abi-check consumer fuzz coverage valgrind feed reproducible \
+	test-target test-target-all \
 	$(addprefix build-,$(PRESETS) $(PKG_PRESETS)) $(addprefix test-,$(PRESETS))
 
 all: build
@@ -61,6 +62,7 @@ test: deps
 	bash scripts/consumer-test.sh
 	bash scripts/feed.sh
 	bash scripts/feed-test.sh
+	bash scripts/test-target.sh subset
 	bash scripts/spdx-check.sh
 	bash scripts/docs.sh
 	bash scripts/man-check.sh
@@ -93,6 +95,14 @@ abi-baseline: build-pkg-amd64 build-pkg-armhf
 # The consumer example against staging trees and the unpacked amd64 packages.
 consumer: package
 	bash scripts/consumer-test.sh
+
+# The armhf suites on a booted ARM system (qemu-system-arm; the image is
+# built once under build/target): the kernel-facing subset, or every suite.
+test-target: build-armhf build-pkg-armhf
+	bash scripts/test-target.sh subset
+
+test-target-all: build-armhf build-pkg-armhf
+	bash scripts/test-target.sh all
 
 # The main job: a tour of the simulated gateway through qvsctl.
 run: build-host

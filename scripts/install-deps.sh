@@ -14,6 +14,8 @@ host_pkgs=(
   faketime openssl util-linux
   # The gateway's userland (busybox applets) for the busybox test preset
   busybox
+  # The booted ARM target: its image and its machine
+  qemu-system-arm mmdebstrap cpio kmod e2fsprogs
   # IPsec: pki and swanctl, charon with its userspace IPsec plugin
   strongswan-pki strongswan-swanctl strongswan-starter strongswan-charon libcharon-extra-plugins
   # Shipping: ABI baseline, API reference, package checks, manual page checks

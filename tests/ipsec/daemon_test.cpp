@@ -69,6 +69,13 @@ TEST_F(IpsecDaemons, TunnelUpIsConnectedAndTornDownIsReset) {
     ASSERT_NE(sas.find("conn1: #"), std::string::npos) << sas;
     ASSERT_NE(sas.find("child1: #"), std::string::npos) << sas;
     ASSERT_NE(sas.find("INSTALLED"), std::string::npos) << sas;
+    // With the kernel's ESP, the child SA is the kernel's: both directions.
+    if (ike_.kernel_esp()) {
+        const std::string states = ike_.kernel_sas();
+        EXPECT_NE(states.find("src 10.77.0.1 dst 10.77.0.2"), std::string::npos) << states;
+        EXPECT_NE(states.find("src 10.77.0.2 dst 10.77.0.1"), std::string::npos) << states;
+        EXPECT_NE(states.find("proto esp"), std::string::npos) << states;
+    }
 
     EXPECT_EQ(refresh(), with(kReset, {{1, "Connected"}}));
     bool quiet = false;
@@ -81,6 +88,9 @@ TEST_F(IpsecDaemons, TunnelUpIsConnectedAndTornDownIsReset) {
 
     ike_.tear_down(1);
     EXPECT_EQ(ike_.list_sas(), "");
+    if (ike_.kernel_esp()) {
+        EXPECT_EQ(ike_.kernel_sas(), "");
+    }
     EXPECT_EQ(refresh(), kReset);
 }
 

@@ -90,6 +90,10 @@ public:
     void tear_down(int n);
     // Cuts the veth link on the server's side (no answer any more).
     void cut_link();
+    // Whether the daemons hand their SAs to the kernel's ESP (else userspace
+    // IPsec), and the kernel's SA list of the gateway's namespace.
+    bool kernel_esp() const { return kernel_esp_; }
+    std::string kernel_sas();
 
     std::string work_dir() const { return dir_; }
 
@@ -98,6 +102,10 @@ private:
     std::string dir_ = "/tmp/ike";
     int pid_a_ = -1;
     int pid_b_ = -1;
+    bool kernel_esp_ = false;
 };
+
+// Whether this kernel takes an ESP state (the booted ARM target's does).
+bool kernel_has_esp();
 
 }  // namespace ipsectest
