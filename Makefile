@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Front door. `make test` and `make run` do all set-up on a fresh machine.
 SHELL := /bin/bash
 PRESETS := host host-asan host-clang host-release armhf

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64 throughput against OpenSSL's EVP_EncodeBlock/EVP_DecodeBlock and
 // memcpy, on the same 3 MiB buffers in one process: the rounds of every
 // contender are interleaved and each one's best round counts. Prints MB/s

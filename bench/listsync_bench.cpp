@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cost of locked, durable list writes on a real disk filesystem (fsync
 // costs nothing on tmpfs): "/userconfig" must be a directory on a disk when
 // this runs (scripts/bench.sh binds one there). Prints the mean time per

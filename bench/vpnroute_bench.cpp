@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qvvpn_get_statistics at its limits: 2048 list rows against an
 // "ipset list" output of 65536 members, next to the time it takes merely to
 // read that output through the same pipe. Runs inside qvs-sandbox (real

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The development files that describe the installed library: the pkg-config
 # file and the CMake package. Both follow the prefix given at install time
 # (`cmake --install <build> --prefix <staging>`, or a package's /usr), not

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian packages with CPack (`make package`): the runtime package holds the
 # .so.1 and its soname link, the development package the headers, the .so
 # link, the section 3 manual pages, the pkg-config file and the CMake

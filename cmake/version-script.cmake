@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Joins the per-family symbol lists into one linker version script.
 separate_arguments(LISTS)
 set(syms "")

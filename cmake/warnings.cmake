@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Warnings are errors for our own code, on GCC and Clang alike.
 add_compile_options(-Wall -Wextra -Werror)
 # GCC 12 raises false -Wrestrict warnings inside std::string's operator+ at

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Doxygen input filter for the headers under include/: every section banner
 
     /* ==== Family: topic ===== */

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reads the exported headers' doc comments: which function is declared
 where, under which section banner, with which /** ... */ comment. Shared by
 the manual page generator (docs/man-pages.py) and the thread-safety check

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """man-pages.py <include dir> <output dir> <version> <changelog> [section 1 pages...]
 
 Section 3 manual pages from the headers' doc comments, compressed as Debian

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Checks inside the fuzz harnesses: a broken property aborts with the line,
 // which libFuzzer (or the replay driver) reports as a crash.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Both Base64 families: every entry point on arbitrary input, and round
 // trips (encode then decode gives the input back).
 #include <array>

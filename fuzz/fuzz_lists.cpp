@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The steering list readers and listings on arbitrary file content: the
 // input becomes a list file at its real path (inside the sandbox only) and
 // every listing of it must stay within the caller's buffer. The seeds hold

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // parseRepData on arbitrary reply texts: every output is as large as the
 // reply (a value is a piece of it), so a copy past its value is caught.
 #include <cstddef>

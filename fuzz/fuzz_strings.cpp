@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The string helpers: replacement in place, the WAN connection name, the
 // bounded substring replacement, hex-text and MAC checks.
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The timer-rule conversion and the local-time functions on arbitrary zone,
 // time and weekday texts; outputs are sized exactly as documented, so any
 // write past them is caught by AddressSanitizer.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Plain driver for the fuzz harnesses: runs the harness body once over every
 // file of the corpus directories (or files) given, in name order. Used by
 // the test suites on every preset (under qemu on armhf, where libFuzzer is

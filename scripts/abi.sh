@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The library's binary interface against its recorded baseline.
 #
 #   scripts/abi.sh check      abidiff of the shipped objects (pkg-amd64,

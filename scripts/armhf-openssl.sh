@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Prints the root of an armhf OpenSSL (libcrypto and headers) for the Base64
 # bench of the armhf build, or nothing. Installing libssl-dev:armhf next to
 # the host's libssl3 fails whenever the mirror's armhf and amd64 versions

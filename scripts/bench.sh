@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # `make bench`: every benchmark of a build (default build/host-release),
 # inside the throwaway sandbox, at nice 10 (the machine is shared):
 # 1. Base64 against OpenSSL and memcpy (bench_base64), host; fails below

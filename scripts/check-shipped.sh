@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Checks on the shipped object: exact exported symbols, no C++ runtime, and a
 # plain C program that links against the library alone; then the hardening
 # of every object we build and ship (scripts/check-hardening.sh): the test

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # An integrator's first hour: the consumer example (examples/consumer) built
 # against the installed library and run.
 #  - host and armhf staging trees (cmake --install --prefix <tree>, runtime

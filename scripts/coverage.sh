@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs the host suites of a coverage build (GCC --coverage) and prints line
 # and branch coverage of src/ per file with gcovr. The sandbox mounts the
 # tree read-only, so the counters are written under build/coverage-data

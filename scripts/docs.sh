@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # API reference with Doxygen into build/docs/html; any warning (an
 # undocumented function, table, type or macro of the header) fails.
 set -euo pipefail

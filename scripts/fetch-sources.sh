@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Unpacks Debian's source packages of cJSON and libmd into .deps/: their code
 # is compiled into libqvs_utils.so (gateway processes resolve cJSON and MD5
 # through it), for the host and for armhf alike.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs every libFuzzer harness of a fuzz build for the given number of
 # seconds, inside the sandbox (the list harness writes /userconfig), on a
 # throwaway copy of its seed corpus. Prints each harness's executions and

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs, from Debian's packages, everything the builds, tests and the
 # simulated gateway need. Safe to run again: it only installs what is missing.
 set -euo pipefail

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Measures how much stack each C library call the library makes uses, on
  * the machine it runs on (built for armhf and run under qemu-arm by
  * scripts/size-report.sh): every call runs on a fresh thread whose 64 KiB

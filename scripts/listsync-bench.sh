@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Inside the sandbox (scripts/bench.sh): binds the disk directory $1 over
 # /userconfig, runs bench_listsync ($2) for its times per call, then each
 # phase again under strace and prints the data syncs of files and of

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # location-check.sh <build-dir>: the checks do not depend on where the
 # checkout lives. The tree (sources, and the build's programs and libraries)
 # is copied under /tmp and under /var/tmp, the directories the sandbox gives

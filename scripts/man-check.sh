@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The manual pages as the development package installs them: every exported
 # function declared in the headers has its section 3 page (a page of its own
 # or a ".so" link to its group's page), and every page, qvsctl(1) and

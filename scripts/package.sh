@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Debian packages of the shipped library for amd64 and armhf (runtime and
 # development package each) into build/packages/, then lintian on all four:
 # any lintian error fails, warnings are shown. The -dev packages carry both

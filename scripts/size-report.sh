@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Size and stack of the shipped armhf object (build/armhf, MinSizeRel):
 # - the stripped libqvs_utils.so against its 160 KiB budget;
 # - text/data/bss of each family (src/<family>), of cJSON and of MD5;

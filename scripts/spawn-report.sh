@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Process starts per call: for every row of bench/spawns/*.txt, runs the
 # qvsctl call under strace inside one throwaway sandbox and counts the
 # programs it started (successful execve calls, qvsctl itself not counted)

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Worst-case stack use of every exported function of the armhf build.
 
 Reads the call graphs GCC wrote next to the library's objects (.ci files,

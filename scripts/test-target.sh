@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # test-target.sh [subset|all]: the armhf suites on a booted ARM system.
 # Builds (or reuses) the target image (tests/target/build-image.sh), makes
 # our armhf runtime package and the consumer example against the unpacked

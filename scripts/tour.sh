@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The main job: a tour of the simulated gateway. Each scripts/tour.d/*.sh
 # shows one family at work through qvsctl, inside one throwaway sandbox that
 # starts from the default data model.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A first program against an installed libqvs_utils: a Base64 round trip,
  * a WAN connection display name, and cJSON through the library. Plain C;
  * built with CMake (find_package) or with a Makefile (pkg-config).

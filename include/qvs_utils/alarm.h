@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, alarms: the operator's alarm table and the alarm entries.
  *

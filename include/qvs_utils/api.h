@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils: what every family header needs. QVS_API marks what the
  * library exports (it is built with hidden visibility otherwise).

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, the two Base64 codecs: lenient with 32-bit sizes, strict and
  * bounded.

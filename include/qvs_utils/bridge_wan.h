@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, bridge and WAN helpers: the LAN bridge's forwarding database,
  * an Ethernet port on "br0", WAN connection indices and bindings.

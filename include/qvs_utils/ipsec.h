@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, IPsec: the client certificate and the SA status.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, logging and diagnostics: the library's own lines on standard
  * error.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, operator features: timed tasks, speed limits, sleep mode,
  * hardware check, channels in use and LAN host hardware entries.

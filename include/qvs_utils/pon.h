@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, PON zero-configuration state of an EPON or GPON uplink.
  *

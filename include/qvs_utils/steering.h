@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, traffic steering lists: VPN routes, application routes and
  * application filters.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, system facts: firmware image size, default configuration, area
  * and province, CPU, RAM and flash use, software version.

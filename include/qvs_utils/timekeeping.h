@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, time: timer rules in UTC, local time, summer time and time
  * stamps.

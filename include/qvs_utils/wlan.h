@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqvs_utils, WLAN: SSID numbering, merge and guest lists, adding and
  * deleting SSIDs, scans, the Wi-Fi agent, OMCI Wi-Fi VLANs and stations.

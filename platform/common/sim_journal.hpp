@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // State directory and journal of the simulated gateway, shared by libqv and
 // liblog (header-only, file-local copies in each library).
 #pragma once

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* liblog: the gateway platform's logger. */
 #ifndef LIBLOG_H
 #define LIBLOG_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libqv: the gateway platform library as the utility library sees it.
  *

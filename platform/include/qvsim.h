@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * qvsim: control of the simulated gateway, for tests and tools only.
  * Not part of the maker's platform; libqvs_utils never includes this.

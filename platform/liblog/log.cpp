@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform logger: prints file, function, line, level and message to
 // standard error, and records the same fields in the simulated gateway's
 // journal ("log <file> <func> <line> <level> <message>").

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The object classes of the simulated data model: OID, TR-069 path, number
 // of instance levels and the record layout (every parameter is a record
 // field at a fixed offset).

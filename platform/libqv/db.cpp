@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store on SQLite: one database file "store.db" under the state
 // directory holds the runtime store (area 0), the saved copy (area 1), the
 // active faults and the simulated device state. Every process opens its own

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Device calls of the simulated gateway: switch ports and VLANs, network
 // devices, QoS host entries and system facts. State lives in the store's
 // device table (qvsim_device_get); each call is journaled as

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated kernel modules behind "/proc/approute/rule" and
 // "/proc/appfilter/rule" (see platform/README-modules.md).
 //

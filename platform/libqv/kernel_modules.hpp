@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two kernel modules' control files ("/proc/approute/rule",
 // "/proc/appfilter/rule") cannot exist on a PC. The command runners hand
 // every line to run_module_command first; a line that writes into one of

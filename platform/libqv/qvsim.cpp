@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Control of the simulated gateway for tests and tools (qvsim.h).
 #include "qvsim.h"
 

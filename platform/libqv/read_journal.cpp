@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The opt-in read journal: when switched on (qvsim_journal_reads), lookups
 // and parameter reads leave "lookup" and "get" lines, so a test can count the
 // polls or station reads a call made. Off by default and after a reset; the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command runners: each line is journaled as received ("cmd <runner> <line>"),
 // handed to the simulated kernel modules first (writes into their control
 // files), and otherwise run with /bin/sh, as the gateway does.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internals of the simulated gateway shared by the libqv sources: the
 // SQLite store, faults, the journal and the default model.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration store API of libqv over the SQLite store: handles,
 // instance addresses, records, parameter lists, reads, writes, instances,
 // statistics, saving and events. Every effect is journaled.

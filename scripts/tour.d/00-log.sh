@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Logging: the executable's path, and one diagnostic line on standard error.
 echo "qvsctl log util_getPidname  -> the path of the running executable"
 qvsctl log util_getPidname

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The simulated gateway itself: its configuration store and its journal.
 set -euo pipefail
 echo "The simulated gateway keeps the TR-069 data model in a store; qvstore shows it."

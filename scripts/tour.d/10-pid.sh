@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Process PID records: find a daemon by name in the process list, record its
 # PID under /tmp, read the record back without searching again.
 bash -c 'exec -a tour-daemon sleep 300' &

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Wi-Fi SSIDs: the three numberings, adding and deleting, merging two radios'
 # networks into one name, and guest clean-up. Log lines of the library go to
 # standard error and are shown here too.

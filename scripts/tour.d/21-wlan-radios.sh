@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Wi-Fi radios: neighbour scans (the simulated Wi-Fi driver answers a request
 # as the device fact "wifi.scan" says), the 802.11 standards of both radios,
 # the uplink credentials handed to a listening Wi-Fi agent, the OMCI VLAN

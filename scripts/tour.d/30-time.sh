@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Time: timer rules moved to UTC, local time stamps, summer time, UTC texts.
 have_faketime() { command -v faketime >/dev/null 2>&1; }
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Alarms: the operator's alarm table, and entries raised, refreshed and cleared by code.
 qvstore reset >/dev/null
 # Pin the clock where faketime exists, so the stamps below are the ones shown.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # PON: how far the zero-configuration of a newly connected gateway has come.
 qvstore reset >/dev/null
 at() { if command -v faketime >/dev/null 2>&1; then faketime "$@"; else shift; "$@"; fi; }

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # VPN route lists: per tunnel an IP, a domain and a MAC list, kept as files
 # under /userconfig/config/qvvpn and mirrored into the tunnel's ipset sets.
 mkdir -p /userconfig/config

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Application route lists: per rule index an IP, a domain and a MAC list
 # file under /userconfig/config/approute, mirrored into the route module
 # through "echo ... > /proc/approute/rule" lines (module types 1, 2, 3).

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Application filter lists: per rule index one comma-joined line per list
 # type under /userconfig/config/appfilter; every change clears the filter
 # module's list and adds each item again ("echo ... > /proc/appfilter/rule").

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # VPN account retrieval: the gateway asks a provisioning server for a
 # tunnel's credentials with a signed request, then parses the reply.
 # Everything stays inside the sandbox: the server listens on loopback.

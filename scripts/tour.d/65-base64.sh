@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The two Base64 codecs: the lenient b64_* (the VPN request's encoder) and
 # the strict base64_* with its streaming decoder.
 echo "qvsctl base64 b64_encode foo -> Zm9v (from the writable table b64_chr)"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # IPsec: the client key and certificate from the operator's CA, and the
 # tunnels' SA states in the data model, read from a live IKE daemon.
 qvstore reset >/dev/null

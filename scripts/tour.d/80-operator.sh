@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Operator features: a CMCC timed Wi-Fi switch-off and back on, a device speed
 # limit applied and lifted, CUC sleep and wake with the LAN ports, the Wi-Fi
 # hardware check, and a LAN device's hardware QoS entry added and removed.

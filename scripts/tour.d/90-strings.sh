@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # String helpers: WAN connection names, replacement in fixed-size buffers,
 # hexadecimal and MAC checks.
 echo "qvsctl strings generateName 2 INTERNET,TR069 IP_Routed 46 2 -> index_name_R|B_VID_vid"

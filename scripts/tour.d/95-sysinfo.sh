@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # System facts, the bridge forwarding table, an Ethernet port joining br0,
 # the PVC index for a new WAN connection and bridged OTHER bindings.
 qvstore reset >/dev/null

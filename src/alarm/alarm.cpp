@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The operator's alarm log: a fixed table of known alarm codes, and entries
 // under InternetGatewayDevice.X_CU_Function.Log.AlarmInfo.<n> (n = 1..255)
 // that are raised, refreshed and cleared by alarm code.

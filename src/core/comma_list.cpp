@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "comma_list.hpp"
 
 #include <string_view>

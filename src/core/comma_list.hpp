@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Comma lists on module command lines ("... list:a,b,c > /proc/..."): the
 // one gate a list passes at the entry of a call (character guard, line-end
 // rule, length rule) and the split of a list too long for one command line

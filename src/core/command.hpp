@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command lines: formatted into cleared fixed-size buffers (cut at size - 1)
 // and handed whole to the platform's runner; caller text that could change a
 // command line is refused before anything is written or run.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File writes that survive a power cut at any instant, and replacements that
 // readers in other processes see whole or not at all.
 //

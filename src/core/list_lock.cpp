@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/list_lock.hpp"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One writer at a time per list, across processes and threads.
 //
 // A list (all files of one steering index, or a shared volatile file) is

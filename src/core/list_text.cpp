@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/list_text.hpp"
 
 #include <strings.h>

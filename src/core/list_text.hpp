@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A list file's whole text in memory, edited there and written back once:
 // appends only become one durable append, anything else one durable
 // rewrite. Lines are searched as fgets reads them in pieces of a given

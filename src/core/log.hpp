@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Diagnostic lines. Every line carries the library's source unit name, the
 // logging function's own name and the source line.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Process PID records: find a process by name in the process list, record
 // its PID under "/tmp", read the record back.
 #include <cstdio>

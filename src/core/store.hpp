@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Store conventions: attach/detach on every path, parameter lists, instance
 // addresses built under the caller's own name.
 #pragma once

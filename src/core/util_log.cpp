@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // util_getPidname and util_printf: the library's own stderr diagnostics.
 #include <cstdarg>
 #include <cstdio>

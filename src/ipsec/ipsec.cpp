@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // IPsec VPN client support: the subject of the client certificate, the
 // client key and certificate issued by the operator's CA through `ipsec pki`,
 // and each configured tunnel's connection state from the IKE daemon's list of

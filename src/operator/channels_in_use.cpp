@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A radio's channels-in-use text, as the store holds it.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The minute a CMCC task names, and LAN devices found by MAC address.
 #include "operator/cmcc_schedule.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared steps of the CMCC task handlers: the minute a task names, and the
 // LAN device that holds a MAC address.
 #pragma once

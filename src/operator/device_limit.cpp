@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Per-device speed limits: set at once by MAC address, or on the schedule of
 // a CMCC device-limit task (InternetGatewayDevice.X_CMCC_DeviceLimit.Task.<n>).
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CUC Wi-Fi hardware check: a known Wi-Fi chip on the PCI bus or a hardware
 // fault; and the start hook kept for callers.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // LAN host hardware entries: the QoS host entry of one LAN device kept in step
 // with its record, and the entry's "BucketID" and "CounterID" written back.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CUC sleep mode: Wi-Fi, LEDs and the LAN Ethernet ports off (the Wi-Fi and
 // LED settings remembered in the sleep object) and back on.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CMCC timed tasks (InternetGatewayDevice.X_CMCC_TimedTask.Task.<n>): at their
 // minute they raise a platform event, or switch Wi-Fi off and back on.
 #include <cstdint>

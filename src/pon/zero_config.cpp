@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zero-configuration state of a newly connected EPON or GPON gateway: one
 // code 0 to 17 telling which phase it is in (OLT registration, TR-069 WAN
 // connection, remote management registration, service configuration) and

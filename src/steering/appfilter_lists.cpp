@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Application filter lists: per rule index one file per list type under
 // "/userconfig/config/appfilter", each a single comma-joined line that is
 // edited in memory and written back whole. Every change re-sends the whole

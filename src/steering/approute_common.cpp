@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "steering/approute_common.hpp"
 
 namespace qvs::steering {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers shared by the application route and application filter lists:
 // their directories and directory step.
 #pragma once

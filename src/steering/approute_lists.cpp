@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Application route lists: for every rule index three list files (IP,
 // domain, MAC) under "/userconfig/config/approute", one entry per line, and
 // the route module fed through "/proc/approute/rule" with ADD_DATA, DEL_DATA

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "steering/list_file.hpp"
 
 #include <sys/stat.h>

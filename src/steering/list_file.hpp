@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers shared by the steering lists (VPN routes, application routes,
 // application filters).
 #pragma once

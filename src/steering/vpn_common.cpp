@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "steering/vpn_common.hpp"
 
 #include <cctype>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN route lists: names, the directory step and the small helpers that the
 // list functions, the dnsmasq hand-over and the statistics share.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tunnel's domain list handed to dnsmasq: one "<domain> vpn_domain<n> 1"
 // line per entry under /etc/dnsmasq/ipset, then SIGUSR1 (value 4) to dnsmasq.
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Per-entry packet counts of a tunnel's list, taken from the counters that
 // "ipset list" prints for the set's members, and the chain packet sum.
 //

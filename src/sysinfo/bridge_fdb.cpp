@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A bridge's forwarding database as the kernel publishes it: all learned
 // hosts, or the record of one MAC address.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An Ethernet port made a tagged member of the LAN bridge "br0": its VLAN
 // sub-interface is created afresh, brought up and added to the bridge.
 #include <unistd.h>

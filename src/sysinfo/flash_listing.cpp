@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading df's listing for the flash occupancy.
 //
 // Each line is "<device> <1K-blocks> <used> <available> <use%> <mount point>".

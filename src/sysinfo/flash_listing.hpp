@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The df listing the flash occupancy is read from: the two watched mount
 // points' sizes and available blocks, in the forms the gateway's busybox
 // and the distribution's df print.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small text and byte helpers shared with the gateway's other processes:
 // character replacement, WAN connection display names, substring
 // replacement in a fixed-size buffer, hexadecimal and MAC checks.

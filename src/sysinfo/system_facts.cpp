@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Read-only facts about the gateway: the largest firmware image the flash
 // takes, the factory default configuration to apply, area and province, CPU,
 // RAM and flash occupancy, and the software version.

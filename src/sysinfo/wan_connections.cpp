@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // WAN connection helpers: the PVC index for a new connection, and whether a
 // LAN interface is bound to a bridged connection of the OTHER service.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Seconds to calendar fields, without the C library's calendar functions.
 #include "time/calendar.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's own calendar arithmetic: seconds since 1970 to a time stamp.
 #pragma once
 

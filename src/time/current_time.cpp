@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The current local time stamp for alarm records, from the store's time
 // object (summer-time flag and zone text), else the process's local time.
 #include <array>

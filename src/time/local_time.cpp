@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Local time stamps from the clock, and UTC texts from a local time.
 #include <cstdio>
 #include <ctime>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Summer time: the window from the last Sunday of March, 01:00:00, to the
 // last Sunday of October, 01:00:00, both ends included, in the process's
 // own zone (the gateway runs its processes in UTC).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Summer time shared by qvsTimeToDST (the 32-bit time_t of the 32-bit ABI)
 // and its 64-bit twin: types that mean the same in both kinds of file.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qvsTimeToDST with the time_t of the target's original ABI: 32 bits on
 // armhf, where the rest of the library is built with 64-bit time. Callers
 // built with _TIME_BITS=64 reach qvsTimeToDST64 instead (the header says

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One time of a timer rule moved by the zone offset.
 #include <array>
 #include <cstdio>

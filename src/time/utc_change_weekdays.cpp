@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A weekday list moved one day forward or back.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A daily timer rule (time range and weekday list) from local time to UTC.
 #include <array>
 #include <cstdio>

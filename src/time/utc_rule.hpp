@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Timer rules from local time to UTC: the two steps of the conversion.
 #pragma once
 

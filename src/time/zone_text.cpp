@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zone text and decimal fields.
 #include "time/zone_text.hpp"
 

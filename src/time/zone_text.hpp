@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zone text ("+HH:MM" / "-HH:MM") and the decimal fields of time texts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN account retrieval: the signed JSON request, its one TCP exchange with
 // the provisioning server, and the parsing of the server's reply. Progress
 // goes to standard output: formats ending in a line feed through printf,

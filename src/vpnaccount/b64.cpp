@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The small, lenient Base64 codec (b64_*): 32-bit sizes, no bounds, no
 // failures. Its alphabet is the exported, writable table b64_chr, so a
 // process that changes the table changes what b64_encode writes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The strict, bounded Base64 codec (base64_*): lengths in the platform's
 // size type, output cut at the caller's capacity, and a decoder that can be
 // fed in pieces (skipping line feeds) through a caller-owned context.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The standard alphabet's pair table shared by the two Base64 encoders.
 #include "codec_words.hpp"
 

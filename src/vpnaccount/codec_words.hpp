@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Word-at-a-time helpers shared by the two Base64 codecs: portable scalar
 // code (no vector instructions), byte order taken from the compiler.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guest SSIDs: tearing one down, and counting them per radio.
 #include "wlan/ssid_map.hpp"
 

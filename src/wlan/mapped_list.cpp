@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shared and guest SSID lists: reading them, one entry by position, and
 // changing one entry.
 #include <cstdio>

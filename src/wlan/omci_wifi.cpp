@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The OMCI-provided VLAN settings of a Wi-Fi interface, applied to the
 // switch and the network device layer.
 #include <cstdio>

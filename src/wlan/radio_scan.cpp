@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Neighbour Wi-Fi scans: the three scan requests, polling for the driver's
 // answer, the retrying neighbour statistics, and the supported 802.11
 // standards of both radios in the form CT management expects.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Same-SSID merge: one network name across both radios, and its undoing.
 #include <cstdio>
 #include <cstring>

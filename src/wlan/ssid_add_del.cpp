@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Adding an SSID (a free internal slot mapped to an external index) and
 // deleting one (disabled and unmapped).
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switching one SSID on or off by its external index (the operator family's
 // timed tasks turn SSIDs 1 to 8 off and on with it).
 #include "wlan/ssid_enable.hpp"

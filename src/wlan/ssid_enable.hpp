@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switching one SSID on or off by its external index. Not exported: the
 // timed-task handler of the operator family calls it inside the library.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The external-to-internal SSID map: reading, writing one entry, and the
 // conversions between the three SSID numberings.
 #include "wlan/ssid_map.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SSID numbering shared by the Wi-Fi families: the external-to-internal map
 // text, its writer and the shared/guest list reader.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Associated stations: finding one by its MAC address; the mesh queries
 // this library does not support.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which WAN connection an SSID is bound to.
 #include <cstdio>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Wi-Fi agent's one-shot client, and the uplink Wi-Fi connection
 // message handed to it.
 #include <sys/socket.h>

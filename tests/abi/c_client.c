@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A plain C program that uses the library as other gateway processes do:
  * cJSON and MD5 resolved through libqvs_utils.so alone. */
 #include <stdio.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # check-exports.sh <library> <nm tool> [symbol-list folder]
 # The library's dynamic symbol table (defined symbols) must equal the union
 # of the per-family lists under abi/symbols, exactly.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The exported types and tables have the layout the header documents, on
  * this build's architecture: 32-bit ARM (ILP32) or a 64-bit host (LP64).
  * Checked when compiling (static assertions) and again at run time against

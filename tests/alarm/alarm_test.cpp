@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The alarm definition table and the alarm entries: raising, refreshing,
 // clearing, the level filter, the index scans and the entry counter.
 #include <cstdint>

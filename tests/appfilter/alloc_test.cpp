@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 81920-byte list is allocated; when that allocation fails the call
 // gives -1 and changes nothing. This program replaces calloc to make exactly
 // that allocation fail on demand.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Application filter lists: the one-line list files, the command lines sent
 // to the filter module and what the simulated module holds afterwards.
 #include <pthread.h>

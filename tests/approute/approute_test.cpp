@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Application route lists: list files, command lines sent to the route
 // module and what the simulated module holds afterwards.
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated route and filter modules: which command lines they take,
 // and what each rule index holds afterwards.
 #include <cstdlib>

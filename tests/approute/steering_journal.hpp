@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Test helpers for the application route and filter suites: the platform's
 // journal (command lines, log lines), the simulated modules, writable texts.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lenient codec: 32-bit sizes, the writable alphabet, no failures.
 #include <cstdint>
 #include <cstring>

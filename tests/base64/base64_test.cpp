@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The strict codec: bounded output, size-type overflow rules (32-bit on
 // armhf), and the streaming decoder with its context.
 #include <cstdint>

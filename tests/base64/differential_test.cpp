@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Both codecs against straightforward reference codecs written here from
 // their rules: 100,000 random inputs per codec (lengths 0 to 4099, garbage,
 // padding and whitespace injected), comparing results, lengths, decoding

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command lines: cleared fixed-size buffers cut at size - 1, handed whole to
 // the runner; refusal of caller text that would change a command line;
 // scoped files and pipes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // util_getPidname / util_printf at their edges: no readable executable
 // link, executable paths of 127 bytes and more, formats ending in a newline.
 #include <cstdio>

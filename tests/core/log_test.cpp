@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // util_getPidname / util_printf.
 #include <cstdlib>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store conventions every family follows: the attach guard, parameter
 // lists, instance addresses under the caller's name, typed lookups.
 #include <cstring>

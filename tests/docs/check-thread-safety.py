@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """check-thread-safety.py <include dir> <symbol-list dir>
 
 Every exported function of the library is declared in the headers, and its

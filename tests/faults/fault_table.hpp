@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fault table: every exported function that attaches to the store by
 // itself, under each store fault. Each family adds its rows in one file of
 // its own, rows_<family>.cpp (see README.md).

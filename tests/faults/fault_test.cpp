@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the fault table: every row under each store fault ("attach",
 // "object <oid>" for each object it looks up, "paramlist", "write",
 // "write <p>" and "read <p>" for each parameter it names). The call must

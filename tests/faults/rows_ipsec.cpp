@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fault rows of the IPsec client: the SA status refresh, reading an SA list
 // with an established tunnel so that both the reset and the parsed states
 // are written ("ipsec_write_ca_info" and "ipsec_generate_client_ca" use no

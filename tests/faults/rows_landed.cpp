@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fault rows of the landed families that attach by themselves: alarms, PON
 // zero-configuration state, the Wi-Fi band and WAN binding lookups.
 #include "fault_table.hpp"

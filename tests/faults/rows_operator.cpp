@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fault rows of the operator features that attach by themselves: the CMCC
 // timed tasks and device limits (each at the minute that makes it act), the
 // speed limit by MAC address, the CUC sleep mode both ways and the radio's

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fault rows of the system facts: the software version. The other facts read
 // files and device calls; the WAN helpers take the caller's store handle.
 #include "fault_table.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fault rows of the Wi-Fi station lookup: the associated stations under one
 // access point searched by MAC address (the scans and the supported-standards
 // report take the caller's store handle; the agent and OMCI calls use no store).

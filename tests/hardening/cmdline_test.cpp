@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command lines that would not fit their buffers are never run: the longest
 // caller text that fits runs; one character more is refused with a level-1
 // line before anything is written, except by the module deletes, which

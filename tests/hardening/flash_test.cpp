@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A full or read-only flash: every list-writing function either stores its
 // change whole or fails and leaves the list file exactly as it was, and
 // sends no kernel command that would follow a failed write.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared helpers of the hardening suites: a small flash that can be filled
 // to the last byte, read-only flash, the journal's commands and log lines.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Long lists in one call: 10, 100 and 1,000 items added, then 10, 100 and
 // 1,000 deleted (half of them stored, half never added), on every list kind
 // of the route and filter modules. Every command line fits its buffer, and afterwards the module

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Caller text with a line end is refused at every exported steering entry
 // point (the application-route list variants remove one trailing line end
 // of the whole list first, as their echo helpers do), and domain text can no

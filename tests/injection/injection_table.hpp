@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The injection table: every exported function that builds a command line
 // or writes a configuration file from caller text, called with every
 // hostile text. Each family adds its rows in one file of its own,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the injection table: every row with every hostile text, on empty and
 // on pre-filled lists. A refused call returns its refused result, logs one
 // level-1 "refused unsafe text" line under the expected function, runs no

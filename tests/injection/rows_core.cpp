@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Injection rows of the core frame: the process records (the name reaches a
 // "ps | grep" command line and a record file name).
 #include "injection_table.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Injection rows of the IPsec client: the certificate subject's country and
 // organisation are written into "/tmp/ca.info", whose line the certificate
 // issue command carries as its "--dn" text.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Injection rows of the steering lists: VPN routes, application routes and
 // application filters (every entry point that takes list text).
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Injection rows of the bridge helpers: the Ethernet interface name that
 // qvsUtil_setEthToLan puts into its "ifconfig" command lines. Only names
 // beginning with "eth" are looked at, so every hostile text follows "eth".

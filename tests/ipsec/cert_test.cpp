@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The subject file and the client key and certificate: real `ipsec pki`
 // runs against a test CA; openssl and `pki --print` check what came out.
 #include <sys/mount.h>

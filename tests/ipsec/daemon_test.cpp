@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ipsec_update_status against live IKE daemons: the gateway's charon (whose
 // SA list the library reads through the real swanctl) and a VPN server's
 // charon, in two network namespaces of this sandbox joined by a veth pair.

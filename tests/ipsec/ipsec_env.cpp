@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ipsec_env.hpp"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared helpers of the IPsec suites: the fixed paths, a test CA made with
 // `ipsec pki`, the store's IPsec configuration instances, the platform
 // journal, a swanctl stand-in, and a pair of IKE daemons (charon with its

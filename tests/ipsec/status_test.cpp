@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ipsec_update_status against SA lists given by a swanctl stand-in: every
 // state word, the carried-over instance number, its 8-bit wrap, the reset of
 // instances 1 to 10, the no-notify writes, the capture file, the store

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Stands in for swanctl where an SA state cannot be produced by a live daemon
 # (an SA caught while it is being installed or deleted, a listing in an order
 # the daemon never prints). "--list-sas" prints the SA list kept in the file

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Four callers at once, as processes and as threads of one process, over
 // every list kind of every family: each adds, deletes and lists its own
 // items (and sets the whole list) while the others do the same. Afterwards

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list locks: a holder killed with SIGKILL releases its lock, a hung
 // holder makes a waiting call fail after the bound (counted in pauses on
 // the test clock, never waited for), nested exported calls pass through.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Power cuts at any instant: "/userconfig" is the power-cut filesystem. It
 // is first shown to lose what a writer never synced and to keep what one
 // did; then, for every function that writes under "/userconfig", a cut

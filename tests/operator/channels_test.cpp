@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A radio's channels in use (qvs_cuc_get_channelsinuse) and the hardware
 // check's start hook.
 #include <cstring>

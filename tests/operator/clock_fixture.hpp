@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The CMCC task suites: the test clock pinned at local times of a chosen
 // zone, and the "now time" lines the handlers print to standard output.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CMCC device-limit tasks (qvs_cmcc_deviceLimit_handler): limits applied at
 // the start minute, lifted (daily) or kept with the task removed (once-only)
 // at the end minute, and every refusal.

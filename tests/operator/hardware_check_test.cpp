@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Wi-Fi hardware check: known chips looked for in "/proc/bus/pci/devices"
 // (a fixture file at that path inside the test's sandbox).
 #include <cstdint>

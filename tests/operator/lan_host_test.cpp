@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // LAN host hardware entries (qvsTask_LanDeviceHost_exec): add, keep, re-add,
 // delete, refusals, and the write-back of BucketID and CounterID.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared set-up of the operator-feature suites: a fresh simulated gateway per
 // test, store helpers, the journal split into effects and log lines, and the
 // attach/detach balance of self-attaching calls.

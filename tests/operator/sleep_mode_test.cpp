@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CUC sleep mode: the sleep and wake sequences, their order, the port admin
 // state, partial failures, and the sleep flag read.
 #include "operator_fixture.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Speed limits set at once by MAC address (qvs_setSpeedLimitByMac).
 #include <cstdint>
 

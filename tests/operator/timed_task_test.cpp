@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CMCC timed tasks (qvs_cmcc_timedTask_handler): the minute they name, the
 // platform event, Wi-Fi off and on through the SSID objects, removal of
 // once-only tasks, and the local clock around summer-time changes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Process PID records against the real process list: "ps", "grep" and
 // record files under /tmp, with real processes started by the tests.
 #include <cerrno>

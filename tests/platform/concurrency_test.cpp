@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several processes writing to one store at once: nothing lost, nothing torn.
 #include <sys/wait.h>
 #include <unistd.h>

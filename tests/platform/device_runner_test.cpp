@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command runners, the logger and the simulated device calls.
 #include <cstring>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The journal of everything done to the platform, and the injected faults.
 #include <cstring>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The opt-in read journal: lookups and parameter reads, only when switched on.
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small helpers over the simulated gateway for the platform suites.
 #pragma once
 

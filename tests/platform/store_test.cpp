@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated store: addressing, records, reads and writes, instances,
 // saving and restarting, for every object class.
 #include <cstring>

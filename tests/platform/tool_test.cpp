@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host tool over the simulated store.
 #include <string>
 

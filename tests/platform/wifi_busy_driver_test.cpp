@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated Wi-Fi driver busy for the next few scan requests.
 #include <string>
 

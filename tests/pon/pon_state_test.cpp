@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Zero-configuration state of EPON and GPON gateways: every result code, the
 // phase files and their time-outs, the refresh call and store attachment.
 #include <cstdio>

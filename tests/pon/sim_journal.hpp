@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers for the PON and alarm suites: the simulated gateway's journal
 // split into fields. (Their clock is the shared test clock, test_clock.h.)
 #pragma once

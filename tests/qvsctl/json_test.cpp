@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qvsctl --json: one JSON object per call of an exported function, outputs
 // by name (bytes as hex, numbers as numbers, a missing text as null, repeated
 // names as arrays), the library's own standard output kept apart, exit codes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text and byte helpers: qvsReplace, generateName, str_replace,
 // qvs_is_hex_string, isValidMac.
 #include <climits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "busybox_first.hpp"
 
 #include <cstdlib>

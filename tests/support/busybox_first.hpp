@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The gateway's tools are busybox applets. A suite that checks a parser
 // against busybox's own output in every userland puts the applets it needs
 // first on the search path of the test process (and so of the commands the

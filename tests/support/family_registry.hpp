@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tables that every family extends from a file of its own (the injection
 // and fault tables): each row file registers a maker at start-up, and the
 // table reads the families sorted by name, so the order of files does not

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A test case on a fresh simulated gateway: the store from the default
 // model, an empty journal and no faults, with the store and journal helpers
 // the family suites share.

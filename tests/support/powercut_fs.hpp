@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A filesystem that loses, on a power cut, whatever was never synced.
 //
 // Mounted with FUSE (libfuse3) inside the test's own sandbox, served by a

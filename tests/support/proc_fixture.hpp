@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixture files at the gateway's own paths, for files a PC lacks or whose
 // content a test must choose ("/proc/mtd", "/proc/bus/pci/devices",
 // "/proc/meminfo"). The shipped code reads its real paths; these helpers

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The test clock (see test_clock.h). Real clock reads and sleeps go straight
  * to the kernel, so these definitions never call themselves. */
 #include "test_clock.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The suites' one test clock: this test program's own time(),
  * gettimeofday(), clock_gettime(CLOCK_REALTIME), sleep(), usleep() and
  * nanosleep(). The library's calls reach these definitions before the C

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers shared by the suites: files, commands and captured output.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The forwarding database of a real Linux bridge "br0" with veth ports,
 // read through "/sys/class/net/br0/brforward".
 #include <fcntl.h>

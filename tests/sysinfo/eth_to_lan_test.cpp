@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An Ethernet port joins the LAN bridge: a real "ethN" (one end of a veth
 // pair) and a real "br0" in the sandbox; the 200 ms pauses are taken on the
 // suite's test clock, so no test waits for them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // System facts: image size from /proc/mtd, the default configuration path,
 // area and province, CPU, RAM and flash use, the software version.
 #include <sys/statvfs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared set-up of the system-facts and bridge/WAN suites: a fresh simulated
 // gateway per test case and the journal in the forms the tests compare.
 #pragma once

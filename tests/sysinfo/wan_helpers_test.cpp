@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // WAN helpers through the caller's store handle: the PVC index for a new
 // connection and the binding of LAN interfaces to bridged OTHER connections.
 #include "sysinfo_fixture.hpp"

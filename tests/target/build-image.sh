@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # build-image.sh <out dir>: the booted test target's image, built once and
 # kept. An armhf Debian root unpacked by mmdebstrap from image.packages (no
 # package scripts run, so no binfmt is needed), finished here on the host:

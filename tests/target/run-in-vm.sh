@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # run-in-vm.sh <tree> <results>: what the booted target does, as its PID 1's
 # child (busybox sh). Installs our package with dpkg, runs the armhf suites
 # named in <results>/selection (a ctest name pattern, or "all") with ctest

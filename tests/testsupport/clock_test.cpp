@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shared test clock: pinned time stands still, sleeps move it without
 // waiting and are counted; the library's own clock reads reach it.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fixture files at gateway paths: a file the PC lacks appears, a real one
 // reads as chosen or disappears, and the rest of /proc keeps answering.
 #include <gtest/gtest.h>

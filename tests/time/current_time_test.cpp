@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The current time stamp for alarm records: zone and summer-time flag from
 // the store's time object, the process's local time when that fails.
 #include <cstdlib>

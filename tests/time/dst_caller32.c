@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A caller built without _TIME_BITS=64: on armhf its time_t has 32 bits and
  * it reaches the 32-bit qvsTimeToDST. */
 #undef _TIME_BITS

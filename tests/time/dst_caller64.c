@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A caller built with _TIME_BITS=64: 64-bit time_t on every target; on
  * armhf the header sends its qvsTimeToDST calls to qvsTimeToDST64. */
 #ifndef _TIME_BITS

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Two callers of qvsTimeToDST built with different time_t sizes. */
 #ifndef QVSTEST_DST_CALLERS_H
 #define QVSTEST_DST_CALLERS_H

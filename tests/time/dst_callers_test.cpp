@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qvsTimeToDST from a caller built with the target's own time_t and from
 // one built with _TIME_BITS=64, and qvsCheckDST past 2038: on armhf the
 // 32-bit caller keeps the 32-bit function, the 64-bit caller gets the twin,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Local time stamps from the clock (pinned and moved through this
 // program's own time()), the calendar arithmetic against the C library's
 // UTC calendar, summer time in the stamp, and UTC texts from local times.

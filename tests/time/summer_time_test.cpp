@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Summer time: the window from the last Sunday of March 01:00:00 to the last
 // Sunday of October 01:00:00, both included, against the European rule
 // worked out here from the C library's UTC calendar.

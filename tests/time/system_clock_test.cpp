@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stamp follows the system clock itself. On the build machine the clock
 // is pinned and moved from outside with Debian's faketime around a small
 // probe program; where that preload library cannot run (the 32-bit ARM

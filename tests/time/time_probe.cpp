@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // time_probe <dstEnable> <zone>: prints my_localtime's result and stamp,
 // for runs under a clock pinned from outside (faketime).
 #include <cstdio>

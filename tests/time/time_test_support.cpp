@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "time_test_support.hpp"
 
 #include <cstdlib>

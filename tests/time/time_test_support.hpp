@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Helpers of the time suites: the diagnostic lines written through
 // util_printf, split into (function, message) records.
 #pragma once

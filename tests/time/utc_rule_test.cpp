@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Timer rules from local time to UTC: zone reading, the two conversion
 // steps, the six ways of combining the start and end results, the fixed
 // range ends and the diagnostic lines.

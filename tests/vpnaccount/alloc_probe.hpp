@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts, and on demand refuses, the allocations cJSON makes through its
 // hooks (cJSON_InitHooks is part of the library's exported cJSON API).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // createSocketToGetAccount against a real server on loopback inside the
 // test's own network namespace: the exact frame sent, the reply taken back,
 // the designations, and a server that misbehaves.

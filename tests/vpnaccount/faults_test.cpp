@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // createSocketToGetAccount when things go wrong on the client's side: no
 // file descriptors left, refused allocations, a write that fails.
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "peer.hpp"
 
 #include <arpa/inet.h>

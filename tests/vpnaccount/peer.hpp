@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A provisioning server on a loopback address inside the test's own network
 // namespace: it records the exact bytes a client sends and answers with a
 // scripted reply.

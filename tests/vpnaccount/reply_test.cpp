@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // parseRepData: every check of the reply in order, its message, and the
 // parsed document released on every path.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // get_macAddr, md5ToAscii and constructReqData: the MAC of a real bridge,
 // the signature checked against openssl, the exact printed request.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 30-second wait for a reply that never comes, measured once, with
 // signals interrupting it on the way.
 #include <atomic>

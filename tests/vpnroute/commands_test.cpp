@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN route lists: the exact command lines handed to the platform's command
 // runner (from its journal), including those cut at 127 characters.
 #include <cctype>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN route lists: the list directory step, a read-only persistent
 // partition, and caller text that is refused.
 #include <cstring>

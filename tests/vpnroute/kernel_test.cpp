@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN route lists against the kernel: real ipset sets and a mangle chain
 // made as a tunnel's set-up makes them, traffic from a peer namespace over a
 // veth pair, and the counters that "ipset list" prints.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN route lists: the list files, the dnsmasq ipset file, results and log
 // lines (behaviour that needs no kernel support).
 #include <cstring>

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Stand-in for the ipset tool where the running kernel has no hash:mac set
 # type (CONFIG_IP_SET_HASH_MAC unset). Every command on any other set goes to
 # the real ipset. A hash:mac set "vpn_mac<n>" is kept as a member file under

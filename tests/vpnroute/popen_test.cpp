@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A popen that fails: the dnsmasq search reports it on standard output and
 // sends no signal; the statistics count nothing. And statistics without
 // memory for their table. popen is made to fail by putting a file that cannot be

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dnsmasq hand-over: "ps" finds dnsmasq, SIGUSR1 with the value 4 is
 // queued to it; a missing dnsmasq or a failing popen breaks nothing.
 #include <csignal>

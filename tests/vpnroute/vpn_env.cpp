@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vpn_env.hpp"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared helpers of the VPN route list suites: paths, list files, the
 // tunnel's kernel side (ipset sets, mangle chain, a peer namespace that
 // sends traffic) and a dnsmasq process.

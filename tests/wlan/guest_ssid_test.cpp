@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guest SSID clean-up and the guest count per radio.
 #include "wlan_fixture.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shared/guest list reader itself, for the selector check that the
 // exported list functions never reach (they pass fixed selectors).
 #include "wlan/ssid_map.hpp"

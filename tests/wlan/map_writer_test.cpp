@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The map writer when the Wi-Fi common object disappears between reading the
 // map and writing it back (another process deleting it). The logger is
 // wrapped so that the object vanishes right after the writer announces the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // OMCI Wi-Fi VLAN settings: the file "/var/run/qvOmciWifi" read line by
 // line, the first line of the requested interface applied to the simulated
 // switch and network layer.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Neighbour scans: the three requests, polling for the driver's answer, the
 // retrying statistics and the supported standards. The suite's test clock
 // is pinned, so the one-second polls and three-second pauses are counted,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Same-SSID merge, its cancellation and status.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Adding and deleting SSIDs, and the map writer behind them.
 #include "wlan_fixture.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switching one SSID on or off by its external index (file-local in the
 // shipped object; built here from its own source).
 #include "wlan_fixture.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shared and guest SSID lists: reading, one entry by position, updating.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The external-to-internal SSID map and the conversions between numberings.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Associated stations by MAC address (station instances 1 to 128 under one
 // parent), counted through the read journal; the two mesh queries.
 #include "wlan_fixture.hpp"

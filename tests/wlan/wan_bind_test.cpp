@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which WAN connection interface an SSID is bound to (attaches by itself).
 #include <cstring>
 

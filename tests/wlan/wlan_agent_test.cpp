@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Wi-Fi agent client and the uplink connection message, against a real
 // UNIX stream listener at the agent's path inside the sandbox.
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared set-up of the Wi-Fi suites: a fresh simulated gateway per test, an
 // attached store handle, seeding helpers and the journal split into lines.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Alarm family: cu_alarmInfo, CU_add_AlarmID, CU_clear_AlarmID,
 // add_AlarmInfo_Index, update_numberofAlarmInfo.
 #include <cstdint>

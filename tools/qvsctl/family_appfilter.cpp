@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Application filter lists: appfilter_* and the module update per rule index.
 #include <cstdio>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Application route lists: approute_* per rule index.
 #include <cstdio>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64 family: the lenient b64_* codec with its table b64_chr, and the
 // strict base64_* codec with its streaming decoder.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // IPsec family: ipsec_write_ca_info, ipsec_generate_client_ca,
 // ipsec_update_status.
 #include "qvs_utils.h"

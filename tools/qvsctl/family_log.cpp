@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Logging family: util_getPidname, util_printf.
 #include <cstdio>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Operator family: CMCC timed tasks and device limits, speed limits by MAC,
 // CUC sleep mode, Wi-Fi hardware check, channels in use, LAN host entries.
 #include <cstdint>

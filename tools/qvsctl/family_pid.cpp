@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Process PID records: find a process by name, record its PID, read it back.
 #include <cstdio>
 

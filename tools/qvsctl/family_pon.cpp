@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PON family: getzeroconfigeponstate, getzeroconfiggponstate.
 #include "qvs_utils.h"
 #include "qvsctl.hpp"

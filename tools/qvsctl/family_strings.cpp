@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // String helpers: character and substring replacement, WAN connection names,
 // hexadecimal and MAC checks.
 #include <cstdio>

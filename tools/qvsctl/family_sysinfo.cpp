@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // System facts and bridge/WAN helpers: image size, default configuration,
 // area and province, CPU/RAM/flash use, software version, the bridge
 // forwarding table, Ethernet-to-LAN, PVC index, bridged-WAN binding.

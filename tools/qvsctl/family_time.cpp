@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Time family: timer rules in UTC, local time stamps, summer time, UTC texts
 // from local times. get_currentTime gets a store handle attached here for
 // the call.

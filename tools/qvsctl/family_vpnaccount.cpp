@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN account family: get_macAddr, md5ToAscii, constructReqData,
 // createSocketToGetAccount, parseRepData.
 #include <cstdio>

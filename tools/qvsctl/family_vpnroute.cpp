@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // VPN route lists: qvvpn_* per tunnel index.
 #include <cstdio>
 #include <cstdlib>

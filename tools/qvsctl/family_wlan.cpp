@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // WLAN family: SSID numbering, same-SSID merge, guest clean-up, adding and
 // deleting SSIDs, scans and supported standards, the Wi-Fi agent message,
 // OMCI Wi-Fi VLANs, station lookup. Functions taking a store handle get one

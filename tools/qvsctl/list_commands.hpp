@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command shapes shared by the per-index list families (VPN routes,
 // application routes and filters): a rule or tunnel index, a list type,
 // and texts that the library may change in place (shown after the call).

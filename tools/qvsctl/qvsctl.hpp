@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qvsctl: `qvsctl <family> <function> [arguments...]` calls one exported
 // function and prints its result code and every output it fills.
 // Each family lives in its own family_<name>.cpp and registers itself with

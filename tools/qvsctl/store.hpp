@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store handle that qvsctl passes to functions taking one: attached for
 // the call, detached after it. qvsctl links the platform library (the
 // maker's libqv on the device, the simulated one on a PC).

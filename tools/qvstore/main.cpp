@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qvstore: the simulated gateway's store and state from the command line.
 #include <cstdio>
 #include <cstdlib>
