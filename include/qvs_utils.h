@@ -852,7 +852,7 @@ QVS_API int qvvpn_add_route_ip(int n, const char *ip);
  * @param n tunnel index
  * @param ip IP address or network text
  * @par Touches
- * the VPN_IP_<n> list file ("sed -i"), an "ipset del" command line. */
+ * the VPN_IP_<n> list file (line deleted by a synced rewrite), an "ipset del" command line. */
 QVS_API int qvvpn_del_route_ip(int n, const char *ip);
 /** Empties the IP list and the set. 0; -1 when the file cannot be truncated
  * or the directory cannot be created.
@@ -986,7 +986,7 @@ QVS_API int approute_add_route_mac(int n, char *mac);
  * @par Arguments
  * n, the rule index; the entry text (writable).
  * @par Touches
- * the list file ("sed -i") and "/proc/approute/rule". */
+ * the list file (line deleted by a synced rewrite) and "/proc/approute/rule". */
 QVS_API int approute_del_route_ip(int n, char *ip);
 QVS_API int approute_del_route_domain(int n, char *domain);
 QVS_API int approute_del_route_mac(int n, char *mac);
