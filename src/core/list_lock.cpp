@@ -21,7 +21,9 @@ struct Held {
     char name[48];
     int depth;
 };
-thread_local Held t_held[kHeldMax];
+// Initial-exec: a few bytes of static TLS, no __tls_get_addr (and so no
+// dependency on the dynamic loader's own object).
+__attribute__((tls_model("initial-exec"))) thread_local Held t_held[kHeldMax];
 
 Held *find_held(const char *name) {
     for (Held &h : t_held)

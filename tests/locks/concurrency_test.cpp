@@ -33,7 +33,7 @@ using Items = std::vector<std::string>;
 namespace {
 
 constexpr int kWorkers = 4;
-constexpr int kRounds = 10;
+constexpr int kRounds = 8;
 constexpr int kIndex = 1;
 
 Set nonempty(const std::vector<std::string> &v) {

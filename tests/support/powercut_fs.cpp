@@ -305,6 +305,7 @@ bool PowerCutFs::mount(const std::string &mountpoint) {
     char *argv[] = {prog, nullptr};
     struct fuse_args args = FUSE_ARGS_INIT(1, argv);
     g.fuse = fuse_new(&args, &ops, sizeof ops, nullptr);
+    fuse_opt_free_args(&args);  // fuse_new may have added to them
     if (g.fuse == nullptr) return false;
     if (fuse_mount(g.fuse, mountpoint.c_str()) != 0) {
         fuse_destroy(g.fuse);
