@@ -79,5 +79,3 @@ char *str_tolower(char *text);
 
 }  // namespace qvs::steering
 
-// refuse_unsafe_line under the calling function's own name and line.
-#define QVS_REFUSE_UNSAFE_LINE(text) ::qvs::steering::refuse_unsafe_line(__func__, __LINE__, (text))
