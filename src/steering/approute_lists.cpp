@@ -4,7 +4,6 @@
 // the route module fed through "/proc/approute/rule" with ADD_DATA, DEL_DATA
 // and CLR_DATA lines. The files are the authority; approute_reload_route
 // replays them into the module after a restart.
-#include <strings.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -121,24 +120,10 @@ int approute_echo_clear(int n, int ktype) {
     return 0;
 }
 
-// 1-based number of the first line beginning with needle (case ignored over
-// the needle's length); 0 when none or the file cannot be opened.
-int find_line_prefix_nocase(const char *path, const char *needle) {
-    File f(path, "r");
-    if (!f) return 0;
-    const std::size_t len = std::strlen(needle);
-    char line[1024];
-    int number = 0;
-    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
-        ++number;
-        if (::strncasecmp(line, needle, len) == 0) return number;
-    }
-    return 0;
-}
-
 // MAC lists are searched by case-blind prefix, the others by substring.
 int search(const char *path, unsigned api_type, const char *needle) {
-    return api_type == kTypeMac ? find_line_prefix_nocase(path, needle) : find_line_in_file(path, needle);
+    ListText text;
+    return text.load(path) ? text.find(needle, api_type == kTypeMac) : 0;
 }
 
 // The gates of the entry points. Single items keep refusing any line end

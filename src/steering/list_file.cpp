@@ -28,15 +28,8 @@ DirStep list_dir_step(const char *dir, const char *func, const char *fail_text) 
 }
 
 int find_line_in_file(const char *path, const char *needle) {
-    File f(path, "r");
-    if (!f) return 0;
-    char line[1024];
-    int number = 0;
-    while (std::fgets(line, sizeof line, f.get()) != nullptr) {
-        ++number;
-        if (std::strstr(line, needle) != nullptr) return number;
-    }
-    return 0;
+    ListText text;
+    return text.load(path) ? text.find(needle) : 0;
 }
 
 bool refuse_unsafe_line(const char *func, int line, const char *text) {
