@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -44,6 +45,21 @@ void make_lock_dir() {
     ::mkdir(kLockDir, 0755);
 }
 
+// The lock file holds one number: how many times the list was taken. Read
+// by waiters without the lock (a torn read only restarts a wait once).
+std::uint32_t handovers(int fd) {
+    std::uint32_t n = 0;
+    if (::pread(fd, &n, sizeof n, 0) != static_cast<ssize_t>(sizeof n)) return 0;
+    return n;
+}
+
+void count_handover(int fd) {
+    const std::uint32_t n = handovers(fd) + 1;
+    // A lock file that can't be written keeps working as a lock; its waiters
+    // then only have the plain bound.
+    if (::pwrite(fd, &n, sizeof n, 0) != static_cast<ssize_t>(sizeof n)) return;
+}
+
 }  // namespace
 
 ListLock::ListLock(const char *func, const char *name, int index) {
@@ -67,10 +83,20 @@ ListLock::ListLock(const char *func, const char *name, int index) {
         return;
     }
     // Short pauses through the C library's usleep, so the bound is counted
-    // in pauses rather than read from a clock.
+    // in pauses rather than read from a clock. The bound is for a holder
+    // that stalls: whenever the list changed hands meanwhile (its hand-over
+    // count moved), the count of pauses starts again, so a caller behind a
+    // stream of quick holders on a slow machine waits its turn instead of
+    // failing.
+    std::uint32_t seen = handovers(fd_);
     for (int tries = 0;; ++tries) {
         if (::flock(fd_, LOCK_EX | LOCK_NB) == 0) break;
-        if (errno != EWOULDBLOCK && errno != EINTR) tries = kLockTries;
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            tries = kLockTries;
+        } else if (std::uint32_t now = handovers(fd_); now != seen) {
+            seen = now;
+            tries = 0;
+        }
         if (tries >= kLockTries) {
             QVS_LOG_AS(func, kLogError, "list %s busy, gave up after %d s.\n", name_,
                        kLockTries / (1000000 / kLockPauseUs));
@@ -80,6 +106,7 @@ ListLock::ListLock(const char *func, const char *name, int index) {
         }
         ::usleep(kLockPauseUs);
     }
+    count_handover(fd_);
     std::memcpy(slot->name, name_, sizeof slot->name);
     slot->depth = 1;
     held_ = true;

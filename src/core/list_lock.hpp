@@ -20,7 +20,9 @@
 namespace qvs {
 
 inline constexpr char kLockDir[] = "/var/lock/qvs_utils";
-// The wait for a busy list: kLockTries pauses of kLockPauseUs each (10 s).
+// The wait for a busy list: kLockTries pauses of kLockPauseUs each (10 s)
+// while one holder keeps it; the count starts again whenever the list
+// changes hands (the lock file counts the hand-overs).
 inline constexpr int kLockPauseUs = 10000;
 inline constexpr int kLockTries = 1000;
 

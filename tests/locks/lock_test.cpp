@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The list locks: a holder killed with SIGKILL releases its lock, a hung
 // holder makes a waiting call fail after the bound (counted in pauses on
-// the test clock, never waited for), nested exported calls pass through.
+// the test clock, never waited for) while a list that changes hands starts
+// the bound again, nested exported calls pass through.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -9,6 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -104,6 +107,54 @@ TEST_F(ListLocks, AHungHolderMakesTheCallFailAfterTenSecondsWithTheLogLine) {
     EXPECT_TRUE(logged("qvvpn_del_route_ip", "list qvvpn1 busy, gave up after 10 s.\n"));
     EXPECT_EQ(read_file("/userconfig/config/qvvpn/VPN_IP_1"), "10.0.0.1\n");
     EXPECT_TRUE(qvstest::journal_joined({"log", "attach", "detach"}).empty()) << "a command ran without the lock";
+}
+
+// A stream of other callers on a slow machine: each time the list changes
+// hands, its lock file's hand-over count moves. Here the holder stays, and
+// the test moves the count at two points of the wait and lets the list go
+// at a third; every move starts the bound again.
+Holder *g_stream_holder = nullptr;
+
+void bump_handovers() {
+    int fd = ::open((kLockDir + "/qvvpn1.lock").c_str(), O_RDWR);
+    std::uint32_t n = 0;
+    if (::pread(fd, &n, sizeof n, 0) != static_cast<ssize_t>(sizeof n)) n = 0;
+    ++n;
+    if (::pwrite(fd, &n, sizeof n, 0) != static_cast<ssize_t>(sizeof n)) ADD_FAILURE() << "count not written";
+    ::close(fd);
+}
+
+void stream_of_holders(unsigned long sleep) {
+    if (sleep == 900 || sleep == 1800) bump_handovers();
+    if (sleep == 2700) g_stream_holder->kill();
+}
+
+TEST_F(ListLocks, ACallerBehindAStreamOfHoldersWaitsItsTurnInsteadOfFailing) {
+    Holder h("qvvpn1");
+    ASSERT_TRUE(h.held());
+    g_stream_holder = &h;
+    test_clock_on_sleep(stream_of_holders);
+    EXPECT_EQ(qvvpn_add_route_ip(1, "10.1.2.3"), 0);
+    g_stream_holder = nullptr;
+    EXPECT_EQ(test_clock_sleeps(), 2700u) << "the bound did not start again at each hand-over";
+    EXPECT_EQ(read_file("/userconfig/config/qvvpn/VPN_IP_1"), "10.1.2.3\n");
+    EXPECT_FALSE(logged("qvvpn_add_route_ip", "list qvvpn1 busy, gave up after 10 s.\n"));
+}
+
+TEST_F(ListLocks, EveryCallCountsOneHandOverInTheLockFile) {
+    EXPECT_EQ(qvvpn_add_route_ip(3, "10.1.2.3"), 0);
+    EXPECT_EQ(qvvpn_add_route_ip(3, "10.1.2.4"), 0);
+    char list[] = "10.0.0.1,10.0.0.2";
+    EXPECT_EQ(approute_add_route_list(3, 0, list), 0);  // nested calls take the list once
+    const std::string vpn = read_file(kLockDir + "/qvvpn3.lock");
+    const std::string route = read_file(kLockDir + "/approute3.lock");
+    ASSERT_EQ(vpn.size(), sizeof(std::uint32_t));
+    ASSERT_EQ(route.size(), sizeof(std::uint32_t));
+    std::uint32_t n = 0;
+    std::memcpy(&n, vpn.data(), sizeof n);
+    EXPECT_EQ(n, 2u);
+    std::memcpy(&n, route.data(), sizeof n);
+    EXPECT_EQ(n, 1u);
 }
 
 TEST_F(ListLocks, EveryFamilyFailsWithItsFailureResultWhileTheListIsHeld) {

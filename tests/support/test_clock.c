@@ -52,7 +52,10 @@ static int real_sleep(long long ns) {
 #endif
 }
 
+static void (*volatile g_sleep_hook)(unsigned long);
+
 static void clear_counters(void) {
+    g_sleep_hook = 0;
     g_reads = 0;
     g_sleeps = 0;
     g_slept_ns = 0;
@@ -93,8 +96,11 @@ static int take_sleep(long long ns) {
     long long total = (long long)g_now.tv_nsec + ns % NS_PER_S;
     g_now.tv_sec += (time_t)(ns / NS_PER_S + total / NS_PER_S);
     g_now.tv_nsec = (long)(total % NS_PER_S);
+    if (g_sleep_hook) g_sleep_hook(g_sleeps);
     return 0;
 }
+
+void test_clock_on_sleep(void (*hook)(unsigned long n)) { g_sleep_hook = hook; }
 
 time_t time(time_t *out) {
     time_t now = g_pinned ? g_now.tv_sec : real_clock(CLOCK_REALTIME).tv_sec;

@@ -48,6 +48,11 @@ unsigned long test_clock_sleeps(void);
 long long test_clock_slept_ns(void);
 long long test_clock_sleep_ns(unsigned long n);
 
+/* While pinned, hook(n) runs inside the n-th sleep (1-based), in the
+ * sleeping thread: a test acts at an exact point of a waiting loop. Cleared
+ * by pin and release. */
+void test_clock_on_sleep(void (*hook)(unsigned long n));
+
 #ifdef __cplusplus
 }
 #endif
