@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
-// Power cuts at any instant: "/userconfig" is the power-cut filesystem. It
-// is first shown to lose what a writer never synced and to keep what one
-// did; then, for every function that writes under "/userconfig", a cut
-// after each write, rename and sync the call makes leaves the list file
-// byte for byte the old list or the new one, and once the call has
-// returned, the new one (with at most one file sync and one directory sync).
+// Power cuts at any instant: "/userconfig" is the power-cut filesystem over
+// a backing directory under /run. It is first shown to lose what a writer
+// never synced and to keep what one did, with the backing directory holding
+// the visible files and, after a cut, the durable ones; then, for every
+// function that writes under "/userconfig", a cut after each write, rename
+// and sync the call makes leaves the list file byte for byte the old list
+// or the new one, and once the call has returned, the new one (with at most
+// one file sync and one directory sync).
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -38,7 +41,9 @@ class PowerCut : public qvstest::GatewayTest {
 protected:
     void SetUp() override {
         GatewayTest::SetUp();
-        ASSERT_TRUE(fs_.mount("/userconfig")) << "no FUSE in this sandbox";
+        ASSERT_TRUE(fs_.mount("/userconfig", kWork)) << "no FUSE in this sandbox";
+        backing_ = fs_.backing();
+        ASSERT_EQ(backing_, kWork + "/visible");
         for (const char *d : {"/userconfig/config", "/userconfig/config/qvvpn", "/userconfig/config/approute",
                               "/userconfig/config/appfilter"})
             ASSERT_EQ(::mkdir(d, 0755), 0) << d;
@@ -58,7 +63,14 @@ protected:
         }
         fs_.sync_all();
     }
+    // The same file as the backing directory holds it.
+    std::string in_backing(const std::string &path) const {
+        const std::string below = path.substr(std::string("/userconfig").size());
+        return qvstest::exists(backing_ + below) ? read_file(backing_ + below) : kMissing;
+    }
+    const std::string kWork = "/run/powercut";
     PowerCutFs fs_;
+    std::string backing_;
 };
 
 // ---- the filesystem itself --------------------------------------------------
@@ -74,11 +86,26 @@ TEST_F(PowerCut, AWriterThatNeverSyncsLosesItsDataAndItsNames) {
     ASSERT_EQ(std::rename("/userconfig/config/list.tmp", "/userconfig/config/list"), 0);
     qvstest::write_file("/userconfig/config/other", "never synced\n");
     EXPECT_EQ(read_file("/userconfig/config/list"), "new\n");
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "new\n");
+    EXPECT_EQ(in_backing("/userconfig/config/other"), "never synced\n");
     EXPECT_EQ(fs_.durable("/config/list"), "old\n");
     fs_.cut();
     EXPECT_EQ(read_file("/userconfig/config/list"), "old\n");
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "old\n");
     EXPECT_FALSE(qvstest::exists("/userconfig/config/list.tmp"));
     EXPECT_FALSE(qvstest::exists("/userconfig/config/other"));
+    EXPECT_EQ(in_backing("/userconfig/config/other"), kMissing);
+}
+
+TEST_F(PowerCut, AnAppendNeverSyncedIsLostAndTheFileKeepsItsSyncedData) {
+    seed("/userconfig/config/list", "one\n");
+    std::FILE *f = std::fopen("/userconfig/config/list", "a");
+    ASSERT_NE(f, nullptr);
+    std::fputs("two\n", f);
+    std::fclose(f);
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "one\ntwo\n");
+    fs_.cut();
+    EXPECT_EQ(read_file("/userconfig/config/list"), "one\n");
 }
 
 TEST_F(PowerCut, DataSyncedWithoutItsDirectoryIsLostByName) {
@@ -110,9 +137,54 @@ TEST_F(PowerCut, AWriterThatSyncsFileThenDirectoryKeepsEverything) {
     EXPECT_EQ(fs_.durable("/config/list"), "new\n");
     fs_.cut();
     EXPECT_EQ(read_file("/userconfig/config/list"), "new\n");
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "new\n");
     EXPECT_FALSE(qvstest::exists("/userconfig/config/list.tmp"));
     EXPECT_EQ(fs_.file_syncs(), 1);
     EXPECT_EQ(fs_.dir_syncs(), 1);
+}
+
+// Every directory and file below a root, with its content: "d <path>" or
+// "f <path> <content>".
+std::vector<std::string> tree(const std::string &root) {
+    std::vector<std::string> lines =
+        qvstest::split(qvstest::run("cd " + root + " && find . -mindepth 1 | sort | while read -r p; do "
+                                    "if [ -d \"$p\" ]; then echo \"d $p\"; else echo \"f $p $(cat \"$p\")\"; fi; done"),
+                       '\n');
+    if (!lines.empty() && lines.back().empty()) lines.pop_back();
+    return lines;
+}
+
+TEST_F(PowerCut, TheBackingDirectoryHoldsTheVisibleFilesAndAfterACutTheDurableOnes) {
+    ASSERT_EQ(::mkdir("/userconfig/config/kept", 0755), 0);
+    ASSERT_EQ(::mkdir("/userconfig/config/lost", 0755), 0);
+    qvstest::write_file("/userconfig/config/kept/a", "a1\n");
+    qvstest::write_file("/userconfig/config/lost/b", "b1\n");
+    qvstest::write_file("/userconfig/config/c", "c1\n");
+    // Durable: "kept" and "lost" by name, "a" with its data, "c" by name
+    // only (never synced: empty after a cut); "b" was never named durably.
+    for (const char *dir : {"/userconfig/config", "/userconfig/config/kept"}) {
+        const int fd = ::open(dir, O_RDONLY | O_DIRECTORY);
+        ASSERT_GE(fd, 0);
+        ASSERT_EQ(::fsync(fd), 0);
+        ::close(fd);
+    }
+    const int a = ::open("/userconfig/config/kept/a", O_RDONLY);
+    ASSERT_GE(a, 0);
+    ASSERT_EQ(::fsync(a), 0);
+    ::close(a);
+    // Then changed again, visibly only.
+    qvstest::write_file("/userconfig/config/kept/a", "a2\n");
+    ASSERT_EQ(std::rename("/userconfig/config/c", "/userconfig/config/kept/c"), 0);
+
+    const std::vector<std::string> visible = tree("/userconfig");
+    EXPECT_EQ(visible, tree(backing_));
+    EXPECT_NE(std::find(visible.begin(), visible.end(), "f ./config/kept/a a2"), visible.end());
+    fs_.cut();
+    const std::vector<std::string> after = {"d ./config",        "d ./config/appfilter", "d ./config/approute",
+                                            "f ./config/c ",     "d ./config/kept",      "f ./config/kept/a a1",
+                                            "d ./config/lost",   "d ./config/qvvpn"};
+    EXPECT_EQ(tree(backing_), after);
+    EXPECT_EQ(tree("/userconfig"), after);
 }
 
 // ---- every function that writes under /userconfig ---------------------------
