@@ -6,7 +6,9 @@
 // function that writes under "/userconfig", a cut after each write, rename
 // and sync the call makes leaves the list file byte for byte the old list
 // or the new one, and once the call has returned, the new one (with at most
-// one file sync and one directory sync).
+// one file sync and one directory sync). The IPsec generation, whose four
+// fixed command lines write and copy without syncing, is checked at every
+// step too.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -292,21 +294,88 @@ TEST_F(PowerCut, EveryListWriteLeavesTheOldOrTheNewListAtEveryInstant) {
     std::printf("%zu cut points over %d calls\n", cuts, checked);
 }
 
-TEST_F(PowerCut, TheIpsecKeyCertificateAndCaFilesAreOnFlashWhenTheCallReturns) {
-    qvstest::run("ipsec pki --gen --outform pem > /tmp/ca.key.pem && ipsec pki --self --ca --lifetime 3650 "
-                 "--in /tmp/ca.key.pem --dn \"C=CN, O=Operator, CN=Operator CA\" --outform pem > /tmp/ca.cert.pem");
-    ASSERT_EQ(ipsec_write_ca_info("CN", "Operator"), 0);
-    ASSERT_EQ(ipsec_generate_client_ca(), 0);
-    for (const char *name : {"client.key.pem", "client.cert.pem", "ca.key.pem", "ca.cert.pem"}) {
-        SCOPED_TRACE(name);
-        const std::string path = std::string("/userconfig/config/ipsec/") + name;
-        const std::string visible = read_file(path);
-        EXPECT_NE(visible.find("-----BEGIN"), std::string::npos);
-        EXPECT_EQ(fs_.durable(std::string("/config/ipsec/") + name), visible);
+// ---- the IPsec generation ---------------------------------------------------
+//
+// Its four command lines are fixed: two `ipsec pki ... > <file>` shell
+// redirections and two `mv` of the CA files from /tmp (another filesystem,
+// so mv copies them). None of them syncs; the library syncs the four files,
+// then their directory, after the last command. So at every step:
+//  - a cut leaves each file as it was before the call (missing or old) or
+//    exactly its new content: no file is synced before its command has
+//    finished, and their names only after all four data syncs;
+//  - had the device written everything back just before the cut (a shell's
+//    redirection cannot be stopped from that), each file would still be
+//    missing, old, or a prefix of its new content: never anything else.
+// Once the call has returned, all four are the new ones, durable.
+
+const char *const kIpsecFiles[] = {"client.key.pem", "client.cert.pem", "ca.key.pem", "ca.cert.pem"};
+
+bool prefix_of(const std::string &part, const std::string &whole) { return whole.compare(0, part.size(), part) == 0; }
+
+bool pem(const std::string &text) {
+    return text.rfind("-----BEGIN ", 0) == 0 && text.size() > 20 && text.compare(text.size() - 6, 6, "-----\n") == 0;
+}
+
+class IpsecPowerCut : public PowerCut {
+protected:
+    // Runs the generation over the files as they stand (before: each file's
+    // content, or kMissing) and checks a cut at every step. The new files.
+    std::vector<std::string> generate_and_check(const std::vector<std::string> &before, const char *organisation) {
+        qvstest::run("ipsec pki --gen --outform pem > /tmp/ca.key.pem && ipsec pki --self --ca --lifetime 3650 "
+                     "--in /tmp/ca.key.pem --dn \"C=CN, O=" + std::string(organisation) +
+                     ", CN=Operator CA\" --outform pem > /tmp/ca.cert.pem");
+        const std::string ca_key = read_file("/tmp/ca.key.pem"), ca_cert = read_file("/tmp/ca.cert.pem");
+        EXPECT_TRUE(pem(ca_key) && pem(ca_cert));
+        EXPECT_EQ(ipsec_write_ca_info("CN", organisation), 0);
+        std::vector<std::string> watched;
+        for (const char *name : kIpsecFiles) watched.push_back(std::string("/config/ipsec/") + name);
+        const int file_syncs = fs_.file_syncs(), dir_syncs = fs_.dir_syncs();
+        fs_.watch(watched);
+        EXPECT_EQ(ipsec_generate_client_ca(), 0);
+
+        std::vector<std::string> after;
+        for (const char *name : kIpsecFiles) after.push_back(read_file(std::string("/userconfig/config/ipsec/") + name));
+        EXPECT_EQ(after[2], ca_key);
+        EXPECT_EQ(after[3], ca_cert);
+        EXPECT_TRUE(pem(after[0]) && pem(after[1]));
+        EXPECT_NE(after[0], before[0]);
+        EXPECT_NE(after[1], before[1]);
+
+        const auto steps = fs_.steps();
+        EXPECT_GE(steps.size(), 4U * 3U) << "each file: made or truncated, written, synced";
+        for (std::size_t k = 0; k < steps.size(); ++k)
+            for (std::size_t i = 0; i < after.size(); ++i) {
+                const std::string &cut = steps[k].contents[i], &written = steps[k].visible[i];
+                EXPECT_TRUE(cut == before[i] || cut == after[i])
+                    << kIpsecFiles[i] << ": a cut after step " << k + 1 << " (" << steps[k].op << ") leaves ["
+                    << cut << "]";
+                EXPECT_TRUE(written == before[i] || written == kMissing || prefix_of(written, after[i]))
+                    << kIpsecFiles[i] << ": after step " << k + 1 << " (" << steps[k].op << ") it reads ["
+                    << written << "]";
+            }
+        std::printf("%zu cut points, 4 files each\n", steps.size());
+        // Returned: the four files' data, then their names, are on flash.
+        for (std::size_t i = 0; i < after.size(); ++i)
+            EXPECT_EQ(fs_.durable(watched[i]), after[i]) << kIpsecFiles[i];
+        EXPECT_EQ(fs_.file_syncs() - file_syncs, 4);
+        EXPECT_GE(fs_.dir_syncs() - dir_syncs, 1);
+        fs_.cut();
+        for (std::size_t i = 0; i < after.size(); ++i) {
+            const std::string path = std::string("/userconfig/config/ipsec/") + kIpsecFiles[i];
+            EXPECT_EQ(read_file(path), after[i]) << path;
+            EXPECT_EQ(in_backing(path), after[i]) << path;
+        }
+        return after;
     }
-    const std::string cert = read_file("/userconfig/config/ipsec/client.cert.pem");
-    fs_.cut();
-    EXPECT_EQ(read_file("/userconfig/config/ipsec/client.cert.pem"), cert);
+};
+
+TEST_F(IpsecPowerCut, AFirstGenerationLeavesEachFileMissingOrWholeAtEveryStep) {
+    generate_and_check({kMissing, kMissing, kMissing, kMissing}, "Operator");
+}
+
+TEST_F(IpsecPowerCut, ARegenerationLeavesEachFileOldOrNewAtEveryStep) {
+    const std::vector<std::string> first = generate_and_check({kMissing, kMissing, kMissing, kMissing}, "Operator");
+    generate_and_check(first, "Other Operator");
 }
 
 TEST_F(PowerCut, ANewListDirectoryIsOnFlashWithItsFirstList) {
