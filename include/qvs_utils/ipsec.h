@@ -71,11 +71,13 @@ QVS_API int ipsec_generate_client_ca(void);
  * "Connected" (INSTALLED) or "Disconnecting". Writes do not notify the
  * store's listeners and are not saved; missing instances are skipped.
  * "/var/ipsec.status" is removed afterwards.
- * @return 0; -1 when the store cannot be attached (nothing else done).
+ * @return 0; -1 when the store cannot be attached, or when another refresh
+ *         held the capture file for 10 s (nothing else done).
  * @par Thread safety
- * MT-Unsafe race:ipsec_status: every call writes, reads and removes the one
- * file "/var/ipsec.status", so a concurrent call can read it half-written or
- * find it removed. */
+ * MT-Safe: every call writes, reads and removes the one file
+ * "/var/ipsec.status", so whole refreshes are serialised between threads
+ * and processes by a lock file ("ipsec_status" under /var/lock/qvs_utils);
+ * a wait longer than 10 s gives -1 and a level-1 log line. */
 QVS_API int ipsec_update_status(void);
 
 #ifdef __cplusplus

@@ -40,8 +40,12 @@ extern "C" {
  * @par Touches
  * attaches to the store (OLT, WAN and registration objects), reads and creates the phase clock files.
  * @par Thread safety
- * MT-Safe: two calls that both find a phase clock file missing both write it;
- * the later time stays. */
+ * MT-Safe: a phase clock file is checked (and created) by one call at a
+ * time, between threads and processes (a lock file named after the clock
+ * under /var/lock/qvs_utils), so a call never reads a clock another call is
+ * still writing, and a missing clock is stamped once. A clock whose lock
+ * stays busy for 10 s counts as unreadable (waiting), with a level-1 log
+ * line. */
 QVS_API int getzeroconfigeponstate(void);
 
 /** The same for a GPON uplink (GPON OLT registration object and texts).
@@ -49,8 +53,8 @@ QVS_API int getzeroconfigeponstate(void);
  * @par Touches
  * as getzeroconfigeponstate().
  * @par Thread safety
- * MT-Safe: two calls that both find a phase clock file missing both write it;
- * the later time stays. */
+ * MT-Safe: as getzeroconfigeponstate(), one check of a phase clock at a
+ * time. */
 QVS_API int getzeroconfiggponstate(void);
 
 #ifdef __cplusplus

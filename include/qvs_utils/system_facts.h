@@ -101,14 +101,16 @@ QVS_API int getRamOccupy(unsigned int *percent);
  * @param percent written whenever the listing could be read, whatever the
  *                result (may be NULL)
  * @return 0 when exactly two such lines were listed; -1 otherwise, and -1
- *         with percent untouched when "/tmp/flashsize" cannot be read
+ *         with percent untouched when "/tmp/flashsize" cannot be read or
+ *         another call held it for 10 s
  * @par Touches
  * runs "df>/tmp/flashsize" and then "rm /tmp/flashsize" with system(), and
  * reads the listing (128-byte lines).
  * @par Thread safety
- * MT-Unsafe race:flashsize: every call writes, reads and removes the one file
- * "/tmp/flashsize", so a concurrent call can read it half-written or find it
- * removed. */
+ * MT-Safe: every call writes, reads and removes the one file
+ * "/tmp/flashsize", so calls are serialised between threads and processes
+ * by a lock file ("flashsize" under /var/lock/qvs_utils); a wait longer
+ * than 10 s gives -1 and a level-1 log line. */
 QVS_API int getFLASHOccupy(int *percent);
 
 /** Copies the software version text of the device information object

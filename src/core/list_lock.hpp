@@ -13,6 +13,12 @@
 // index's lists with their kernel side and dnsmasq file), then
 // "vpn_ipset_save" (the restore file every tunnel's reload shares). Never
 // the other way round, and never two indexes at once.
+//
+// Volatile files at fixed names that a fixed shell command line writes (so
+// they cannot be replaced by rename) are guarded by a lock named after the
+// file, held by each call around its command, its read and its removal:
+// "flashsize", "ipsec_status", "oltretime", "getwantime", "registerrms",
+// "servicetime". Each is taken alone: no other lock is held with it.
 #pragma once
 
 #include <cstddef>

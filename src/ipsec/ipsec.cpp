@@ -14,6 +14,7 @@
 
 #include "core/command.hpp"
 #include "core/durable_file.hpp"
+#include "core/list_lock.hpp"
 #include "core/store.hpp"
 
 namespace qvs::ipsec {
@@ -28,6 +29,7 @@ constexpr char kClientCert[] = "/userconfig/config/ipsec/client.cert.pem";
 constexpr char kCaKey[] = "/userconfig/config/ipsec/ca.key.pem";
 constexpr char kCaCert[] = "/userconfig/config/ipsec/ca.cert.pem";
 constexpr char kStatusPath[] = "/var/ipsec.status";
+constexpr char kStatusLock[] = "ipsec_status";
 constexpr char kConfigPath[] = "InternetGatewayDevice.X_CMCC_IPSecVPN.Config.%d";
 
 constexpr std::size_t kCommandSize = 512;
@@ -210,6 +212,12 @@ QVS_API int ipsec_generate_client_ca(void) {
 
 QVS_API int ipsec_update_status(void) {
     using namespace qvs::ipsec;
+    // The capture file's name is fixed, so refreshes in other processes share
+    // it: one whole refresh at a time (reset, capture, parse, removal), or
+    // one caller's swanctl truncates the list another is parsing and its
+    // removal takes the file away before the other opens it.
+    qvs::ListLock lock(__func__, kStatusLock);
+    if (!lock) return -1;
     {
         QVS_ATTACH(store, "XMLSHMINIT fail\n");
         if (!store) return -1;

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "core/command.hpp"
+#include "core/list_lock.hpp"
 #include "core/store.hpp"
 
 namespace qvs::pon {
@@ -46,19 +47,20 @@ constexpr Uplink kEpon{QVS_OID_EPON_OLT_REG, 300, "Registered and certified", "I
 constexpr Uplink kGpon{QVS_OID_GPON_OLT_REG, 3000, "Authentication Success", "Init State", kGponFailures,
                        sizeof kGponFailures / sizeof kGponFailures[0]};
 
-// A timed phase: its time-stamp file, the echo command that creates it and
-// its time-out in seconds. The time is printed in full ("%lld"): a 32-bit
-// long would wrap in 2038.
+// A timed phase: its time-stamp file, the echo command that creates it, its
+// time-out in seconds and the lock that guards the file (named after it).
+// The time is printed in full ("%lld"): a 32-bit long would wrap in 2038.
 struct TimedPhase {
     const char *path;
     const char *create_format;
     long timeout;
+    const char *lock;
 };
 
-constexpr TimedPhase kOltPhase{"/tmp/oltretime", "echo %lld > /tmp/oltretime", 180};
-constexpr TimedPhase kWanPhase{"/tmp/getwantime", "echo %lld > /tmp/getwantime", 120};
-constexpr TimedPhase kRmsPhase{"/tmp/registerrms", "echo %lld > /tmp/registerrms", 120};
-constexpr TimedPhase kServicePhase{"/tmp/servicetime", "echo %lld > /tmp/servicetime", 120};
+constexpr TimedPhase kOltPhase{"/tmp/oltretime", "echo %lld > /tmp/oltretime", 180, "oltretime"};
+constexpr TimedPhase kWanPhase{"/tmp/getwantime", "echo %lld > /tmp/getwantime", 120, "getwantime"};
+constexpr TimedPhase kRmsPhase{"/tmp/registerrms", "echo %lld > /tmp/registerrms", 120, "registerrms"};
+constexpr TimedPhase kServicePhase{"/tmp/servicetime", "echo %lld > /tmp/servicetime", 120, "servicetime"};
 
 // Result codes.
 enum : int {
@@ -90,7 +92,13 @@ std::string_view field_text(const char (&field)[N]) {
 
 // True when the phase has run out of time. A missing file is created with
 // the current time (waiting); an empty or unreadable file counts as waiting.
-bool phase_timed_out(const TimedPhase &phase) {
+// The shell's redirection truncates before it writes, so a check in another
+// process could read the file empty, or find it missing and stamp it again:
+// one check of a file at a time. A file whose lock stays busy counts as
+// unreadable (waiting).
+bool phase_timed_out(const char *func, const TimedPhase &phase) {
+    ListLock lock(func, phase.lock);
+    if (!lock) return false;
     const long long now = static_cast<long long>(std::time(nullptr));
     if (::access(phase.path, F_OK) != 0) {
         CommandBuffer<128> cmd;
@@ -143,7 +151,7 @@ int zero_config_state(const char *func, const Uplink &up) {
     const std::string_view state = field_text(olt->RegistrationState);
     if (state != up.registered) {
         if (state == up.starting) return kOltStarting;
-        if (!phase_timed_out(kOltPhase)) return kOltWaiting;
+        if (!phase_timed_out(func, kOltPhase)) return kOltWaiting;
         return is_known_failure(up, state) ? kOltTimedOutKnown : kOltTimedOutOther;
     }
 
@@ -152,7 +160,7 @@ int zero_config_state(const char *func, const Uplink &up) {
         if (tr069_connection_up(h, QVS_OID_WAN_IP_CONN, i)) wan_up = true;
         if (tr069_connection_up(h, QVS_OID_WAN_PPP_CONN, i)) wan_up = true;
     }
-    if (!wan_up) return phase_timed_out(kWanPhase) ? kWanTimedOut : kWanWaiting;
+    if (!wan_up) return phase_timed_out(func, kWanPhase) ? kWanTimedOut : kWanWaiting;
 
     const auto *rms = object<QVS_RMS_REGISTER_REC>(h, QVS_OID_RMS_REGISTER, 0);
     if (rms == nullptr) return kUndetermined;
@@ -162,14 +170,14 @@ int zero_config_state(const char *func, const Uplink &up) {
     const unsigned result = rms->X_QV_ServiceResult;
 
     if (attempts > 10) return kRmsTooManyAttempts;
-    if (flag == 1 || status == 99) return phase_timed_out(kRmsPhase) ? kRmsTimedOut : kRmsWaiting;
+    if (flag == 1 || status == 99) return phase_timed_out(func, kRmsPhase) ? kRmsTimedOut : kRmsWaiting;
     if (flag == 97 || status == 1) return kRmsIndicatorOrStatus1;
     if (status == 4) return kRmsStatus4;
     if (status == 5) return kRmsStatus5;
     if (status == 0) {
         switch (result) {
         case 0:
-            if (phase_timed_out(kServicePhase)) {
+            if (phase_timed_out(func, kServicePhase)) {
                 std::puts("service is timeout");
                 return kServiceTimedOut;
             }

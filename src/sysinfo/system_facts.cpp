@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "core/command.hpp"
+#include "core/list_lock.hpp"
 #include "core/store.hpp"
 #include "sysinfo/flash_listing.hpp"
 
@@ -28,6 +29,7 @@ constexpr char kMeminfoPath[] = "/proc/meminfo";
 constexpr std::size_t kMeminfoSize = 8192;
 
 constexpr char kFlashListing[] = "/tmp/flashsize";
+constexpr char kFlashListingLock[] = "flashsize";
 constexpr std::size_t kFlashLine = 128;
 // Blocks of 1 KB that the read-only images take whatever the mounts hold,
 // and the flash's whole size in such blocks (256 MB).
@@ -143,6 +145,11 @@ int getRamOccupy(unsigned int *percent) {
 }
 
 int getFLASHOccupy(int *percent) {
+    // The listing's name is fixed, so callers in other processes share it:
+    // one at a time, or one caller's df truncates the listing another is
+    // reading, or its rm takes it away before the other opens it.
+    ListLock lock(__func__, kFlashListingLock);
+    if (!lock) return kFail;
     // The exit status of either command changes nothing: the listing is
     // read when it exists.
     const int listed = std::system("df>/tmp/flashsize");

@@ -9,20 +9,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cctype>
 #include <cstdio>
 #include <functional>
 #include <ostream>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "../approute/steering_journal.hpp"
 #include "../vpnroute/vpn_env.hpp"
+#include "callers.hpp"
 #include "gateway_test.hpp"
 #include "qvs_utils.h"
 #include "test_support.hpp"
@@ -32,8 +31,9 @@ using Items = std::vector<std::string>;
 
 namespace {
 
-constexpr int kWorkers = 4;
-constexpr int kRounds = 8;
+using lockstest::kRounds;
+using lockstest::kWorkers;
+using lockstest::run_all;
 constexpr int kIndex = 1;
 
 Set nonempty(const std::vector<std::string> &v) {
@@ -225,29 +225,6 @@ int set_all_worker(const Kind &k, int w) {
     int problems = 0;
     for (int i = 0; i < 2; ++i)
         if (k.set_all(mine) != 0) ++problems;
-    return problems;
-}
-
-// Runs kWorkers callers of f at once, as processes or threads; total problems.
-int run_all(bool processes, const std::function<int(int)> &f) {
-    if (!processes) {
-        std::atomic<int> problems{0};
-        std::vector<std::thread> threads;
-        for (int w = 0; w < kWorkers; ++w) threads.emplace_back([&, w] { problems += f(w); });
-        for (auto &t : threads) t.join();
-        return problems;
-    }
-    std::vector<pid_t> pids;
-    for (int w = 0; w < kWorkers; ++w) {
-        pid_t pid = ::fork();
-        if (pid == 0) ::_exit(f(w) == 0 ? 0 : 1);
-        pids.push_back(pid);
-    }
-    int problems = 0;
-    for (pid_t pid : pids) {
-        int status = 0;
-        if (::waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) ++problems;
-    }
     return problems;
 }
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The list locks: a holder killed with SIGKILL releases its lock, a hung
 // holder makes a waiting call fail after the bound (counted in pauses on
-// the test clock, never waited for) while a list that changes hands starts
-// the bound again, nested exported calls pass through.
+// the test clock, never waited for), the state files' locks included,
+// while a list that changes hands starts the bound again; nested exported
+// calls pass through.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
@@ -186,6 +187,26 @@ TEST_F(ListLocks, ATunnelReloadWaitsForTheSharedRestoreFile) {
     EXPECT_TRUE(logged("qvvpn_reload_route_mode", "list vpn_ipset_save busy, gave up after 10 s.\n"));
     EXPECT_FALSE(qvstest::exists("/var/vpn_ipset_save"));
     EXPECT_EQ(test_clock_sleeps(), 1000u);
+}
+
+TEST_F(ListLocks, AStateFileHeldPastTheBoundGivesEachCallItsFailureResult) {
+    Holder flash("flashsize"), status("ipsec_status"), clock("oltretime");
+    ASSERT_TRUE(flash.held() && status.held() && clock.held());
+    int percent = -999;
+    EXPECT_EQ(getFLASHOccupy(&percent), -1);
+    EXPECT_EQ(percent, -999);
+    EXPECT_TRUE(logged("getFLASHOccupy", "list flashsize busy, gave up after 10 s.\n"));
+    EXPECT_FALSE(qvstest::exists("/tmp/flashsize"));
+    EXPECT_EQ(ipsec_update_status(), -1);
+    EXPECT_TRUE(logged("ipsec_update_status", "list ipsec_status busy, gave up after 10 s.\n"));
+    // A phase clock that cannot be checked counts as unreadable: waiting.
+    ASSERT_EQ(qvsim_set(211, "1", "RegistrationState", "NoSignal"), 0);
+    EXPECT_EQ(getzeroconfigeponstate(), 2);
+    EXPECT_TRUE(logged("getzeroconfigeponstate", "list oltretime busy, gave up after 10 s.\n"));
+    EXPECT_FALSE(qvstest::exists("/tmp/oltretime"));
+    EXPECT_EQ(test_clock_sleeps(), 3u * 1000u);
+    // No command ran, no status was written.
+    EXPECT_TRUE(qvstest::journal_joined({"log", "attach", "detach", "stats"}).empty());
 }
 
 TEST_F(ListLocks, NestedExportedCallsDoNotWait) {

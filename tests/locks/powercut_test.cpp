@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Power cuts at any instant: "/userconfig" is the power-cut filesystem. It
-// is first shown to lose what a writer never synced and to keep what one
-// did; then, for every function that writes under "/userconfig", a cut
-// after each write, rename and sync the call makes leaves the list file
-// byte for byte the old list or the new one, and once the call has
-// returned, the new one (with at most one file sync and one directory sync).
+// Power cuts at any instant: "/userconfig" is the power-cut filesystem over
+// a backing directory under /run. It is first shown to lose what a writer
+// never synced and to keep what one did, with the backing directory holding
+// the visible files and, after a cut, the durable ones; then, for every
+// function that writes under "/userconfig", a cut after each write, rename
+// and sync the call makes leaves the list file byte for byte the old list
+// or the new one, and once the call has returned, the new one (with at most
+// one file sync and one directory sync). The IPsec generation, whose four
+// fixed command lines write and copy without syncing, is checked at every
+// step too.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -38,7 +43,9 @@ class PowerCut : public qvstest::GatewayTest {
 protected:
     void SetUp() override {
         GatewayTest::SetUp();
-        ASSERT_TRUE(fs_.mount("/userconfig")) << "no FUSE in this sandbox";
+        ASSERT_TRUE(fs_.mount("/userconfig", kWork)) << "no FUSE in this sandbox";
+        backing_ = fs_.backing();
+        ASSERT_EQ(backing_, kWork + "/visible");
         for (const char *d : {"/userconfig/config", "/userconfig/config/qvvpn", "/userconfig/config/approute",
                               "/userconfig/config/appfilter"})
             ASSERT_EQ(::mkdir(d, 0755), 0) << d;
@@ -58,7 +65,14 @@ protected:
         }
         fs_.sync_all();
     }
+    // The same file as the backing directory holds it.
+    std::string in_backing(const std::string &path) const {
+        const std::string below = path.substr(std::string("/userconfig").size());
+        return qvstest::exists(backing_ + below) ? read_file(backing_ + below) : kMissing;
+    }
+    const std::string kWork = "/run/powercut";
     PowerCutFs fs_;
+    std::string backing_;
 };
 
 // ---- the filesystem itself --------------------------------------------------
@@ -74,11 +88,26 @@ TEST_F(PowerCut, AWriterThatNeverSyncsLosesItsDataAndItsNames) {
     ASSERT_EQ(std::rename("/userconfig/config/list.tmp", "/userconfig/config/list"), 0);
     qvstest::write_file("/userconfig/config/other", "never synced\n");
     EXPECT_EQ(read_file("/userconfig/config/list"), "new\n");
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "new\n");
+    EXPECT_EQ(in_backing("/userconfig/config/other"), "never synced\n");
     EXPECT_EQ(fs_.durable("/config/list"), "old\n");
     fs_.cut();
     EXPECT_EQ(read_file("/userconfig/config/list"), "old\n");
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "old\n");
     EXPECT_FALSE(qvstest::exists("/userconfig/config/list.tmp"));
     EXPECT_FALSE(qvstest::exists("/userconfig/config/other"));
+    EXPECT_EQ(in_backing("/userconfig/config/other"), kMissing);
+}
+
+TEST_F(PowerCut, AnAppendNeverSyncedIsLostAndTheFileKeepsItsSyncedData) {
+    seed("/userconfig/config/list", "one\n");
+    std::FILE *f = std::fopen("/userconfig/config/list", "a");
+    ASSERT_NE(f, nullptr);
+    std::fputs("two\n", f);
+    std::fclose(f);
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "one\ntwo\n");
+    fs_.cut();
+    EXPECT_EQ(read_file("/userconfig/config/list"), "one\n");
 }
 
 TEST_F(PowerCut, DataSyncedWithoutItsDirectoryIsLostByName) {
@@ -110,9 +139,54 @@ TEST_F(PowerCut, AWriterThatSyncsFileThenDirectoryKeepsEverything) {
     EXPECT_EQ(fs_.durable("/config/list"), "new\n");
     fs_.cut();
     EXPECT_EQ(read_file("/userconfig/config/list"), "new\n");
+    EXPECT_EQ(in_backing("/userconfig/config/list"), "new\n");
     EXPECT_FALSE(qvstest::exists("/userconfig/config/list.tmp"));
     EXPECT_EQ(fs_.file_syncs(), 1);
     EXPECT_EQ(fs_.dir_syncs(), 1);
+}
+
+// Every directory and file below a root, with its content: "d <path>" or
+// "f <path> <content>".
+std::vector<std::string> tree(const std::string &root) {
+    std::vector<std::string> lines =
+        qvstest::split(qvstest::run("cd " + root + " && find . -mindepth 1 | sort | while read -r p; do "
+                                    "if [ -d \"$p\" ]; then echo \"d $p\"; else echo \"f $p $(cat \"$p\")\"; fi; done"),
+                       '\n');
+    if (!lines.empty() && lines.back().empty()) lines.pop_back();
+    return lines;
+}
+
+TEST_F(PowerCut, TheBackingDirectoryHoldsTheVisibleFilesAndAfterACutTheDurableOnes) {
+    ASSERT_EQ(::mkdir("/userconfig/config/kept", 0755), 0);
+    ASSERT_EQ(::mkdir("/userconfig/config/lost", 0755), 0);
+    qvstest::write_file("/userconfig/config/kept/a", "a1\n");
+    qvstest::write_file("/userconfig/config/lost/b", "b1\n");
+    qvstest::write_file("/userconfig/config/c", "c1\n");
+    // Durable: "kept" and "lost" by name, "a" with its data, "c" by name
+    // only (never synced: empty after a cut); "b" was never named durably.
+    for (const char *dir : {"/userconfig/config", "/userconfig/config/kept"}) {
+        const int fd = ::open(dir, O_RDONLY | O_DIRECTORY);
+        ASSERT_GE(fd, 0);
+        ASSERT_EQ(::fsync(fd), 0);
+        ::close(fd);
+    }
+    const int a = ::open("/userconfig/config/kept/a", O_RDONLY);
+    ASSERT_GE(a, 0);
+    ASSERT_EQ(::fsync(a), 0);
+    ::close(a);
+    // Then changed again, visibly only.
+    qvstest::write_file("/userconfig/config/kept/a", "a2\n");
+    ASSERT_EQ(std::rename("/userconfig/config/c", "/userconfig/config/kept/c"), 0);
+
+    const std::vector<std::string> visible = tree("/userconfig");
+    EXPECT_EQ(visible, tree(backing_));
+    EXPECT_NE(std::find(visible.begin(), visible.end(), "f ./config/kept/a a2"), visible.end());
+    fs_.cut();
+    const std::vector<std::string> after = {"d ./config",        "d ./config/appfilter", "d ./config/approute",
+                                            "f ./config/c ",     "d ./config/kept",      "f ./config/kept/a a1",
+                                            "d ./config/lost",   "d ./config/qvvpn"};
+    EXPECT_EQ(tree(backing_), after);
+    EXPECT_EQ(tree("/userconfig"), after);
 }
 
 // ---- every function that writes under /userconfig ---------------------------
@@ -220,21 +294,88 @@ TEST_F(PowerCut, EveryListWriteLeavesTheOldOrTheNewListAtEveryInstant) {
     std::printf("%zu cut points over %d calls\n", cuts, checked);
 }
 
-TEST_F(PowerCut, TheIpsecKeyCertificateAndCaFilesAreOnFlashWhenTheCallReturns) {
-    qvstest::run("ipsec pki --gen --outform pem > /tmp/ca.key.pem && ipsec pki --self --ca --lifetime 3650 "
-                 "--in /tmp/ca.key.pem --dn \"C=CN, O=Operator, CN=Operator CA\" --outform pem > /tmp/ca.cert.pem");
-    ASSERT_EQ(ipsec_write_ca_info("CN", "Operator"), 0);
-    ASSERT_EQ(ipsec_generate_client_ca(), 0);
-    for (const char *name : {"client.key.pem", "client.cert.pem", "ca.key.pem", "ca.cert.pem"}) {
-        SCOPED_TRACE(name);
-        const std::string path = std::string("/userconfig/config/ipsec/") + name;
-        const std::string visible = read_file(path);
-        EXPECT_NE(visible.find("-----BEGIN"), std::string::npos);
-        EXPECT_EQ(fs_.durable(std::string("/config/ipsec/") + name), visible);
+// ---- the IPsec generation ---------------------------------------------------
+//
+// Its four command lines are fixed: two `ipsec pki ... > <file>` shell
+// redirections and two `mv` of the CA files from /tmp (another filesystem,
+// so mv copies them). None of them syncs; the library syncs the four files,
+// then their directory, after the last command. So at every step:
+//  - a cut leaves each file as it was before the call (missing or old) or
+//    exactly its new content: no file is synced before its command has
+//    finished, and their names only after all four data syncs;
+//  - had the device written everything back just before the cut (a shell's
+//    redirection cannot be stopped from that), each file would still be
+//    missing, old, or a prefix of its new content: never anything else.
+// Once the call has returned, all four are the new ones, durable.
+
+const char *const kIpsecFiles[] = {"client.key.pem", "client.cert.pem", "ca.key.pem", "ca.cert.pem"};
+
+bool prefix_of(const std::string &part, const std::string &whole) { return whole.compare(0, part.size(), part) == 0; }
+
+bool pem(const std::string &text) {
+    return text.rfind("-----BEGIN ", 0) == 0 && text.size() > 20 && text.compare(text.size() - 6, 6, "-----\n") == 0;
+}
+
+class IpsecPowerCut : public PowerCut {
+protected:
+    // Runs the generation over the files as they stand (before: each file's
+    // content, or kMissing) and checks a cut at every step. The new files.
+    std::vector<std::string> generate_and_check(const std::vector<std::string> &before, const char *organisation) {
+        qvstest::run("ipsec pki --gen --outform pem > /tmp/ca.key.pem && ipsec pki --self --ca --lifetime 3650 "
+                     "--in /tmp/ca.key.pem --dn \"C=CN, O=" + std::string(organisation) +
+                     ", CN=Operator CA\" --outform pem > /tmp/ca.cert.pem");
+        const std::string ca_key = read_file("/tmp/ca.key.pem"), ca_cert = read_file("/tmp/ca.cert.pem");
+        EXPECT_TRUE(pem(ca_key) && pem(ca_cert));
+        EXPECT_EQ(ipsec_write_ca_info("CN", organisation), 0);
+        std::vector<std::string> watched;
+        for (const char *name : kIpsecFiles) watched.push_back(std::string("/config/ipsec/") + name);
+        const int file_syncs = fs_.file_syncs(), dir_syncs = fs_.dir_syncs();
+        fs_.watch(watched);
+        EXPECT_EQ(ipsec_generate_client_ca(), 0);
+
+        std::vector<std::string> after;
+        for (const char *name : kIpsecFiles) after.push_back(read_file(std::string("/userconfig/config/ipsec/") + name));
+        EXPECT_EQ(after[2], ca_key);
+        EXPECT_EQ(after[3], ca_cert);
+        EXPECT_TRUE(pem(after[0]) && pem(after[1]));
+        EXPECT_NE(after[0], before[0]);
+        EXPECT_NE(after[1], before[1]);
+
+        const auto steps = fs_.steps();
+        EXPECT_GE(steps.size(), 4U * 3U) << "each file: made or truncated, written, synced";
+        for (std::size_t k = 0; k < steps.size(); ++k)
+            for (std::size_t i = 0; i < after.size(); ++i) {
+                const std::string &cut = steps[k].contents[i], &written = steps[k].visible[i];
+                EXPECT_TRUE(cut == before[i] || cut == after[i])
+                    << kIpsecFiles[i] << ": a cut after step " << k + 1 << " (" << steps[k].op << ") leaves ["
+                    << cut << "]";
+                EXPECT_TRUE(written == before[i] || written == kMissing || prefix_of(written, after[i]))
+                    << kIpsecFiles[i] << ": after step " << k + 1 << " (" << steps[k].op << ") it reads ["
+                    << written << "]";
+            }
+        std::printf("%zu cut points, 4 files each\n", steps.size());
+        // Returned: the four files' data, then their names, are on flash.
+        for (std::size_t i = 0; i < after.size(); ++i)
+            EXPECT_EQ(fs_.durable(watched[i]), after[i]) << kIpsecFiles[i];
+        EXPECT_EQ(fs_.file_syncs() - file_syncs, 4);
+        EXPECT_GE(fs_.dir_syncs() - dir_syncs, 1);
+        fs_.cut();
+        for (std::size_t i = 0; i < after.size(); ++i) {
+            const std::string path = std::string("/userconfig/config/ipsec/") + kIpsecFiles[i];
+            EXPECT_EQ(read_file(path), after[i]) << path;
+            EXPECT_EQ(in_backing(path), after[i]) << path;
+        }
+        return after;
     }
-    const std::string cert = read_file("/userconfig/config/ipsec/client.cert.pem");
-    fs_.cut();
-    EXPECT_EQ(read_file("/userconfig/config/ipsec/client.cert.pem"), cert);
+};
+
+TEST_F(IpsecPowerCut, AFirstGenerationLeavesEachFileMissingOrWholeAtEveryStep) {
+    generate_and_check({kMissing, kMissing, kMissing, kMissing}, "Operator");
+}
+
+TEST_F(IpsecPowerCut, ARegenerationLeavesEachFileOldOrNewAtEveryStep) {
+    const std::vector<std::string> first = generate_and_check({kMissing, kMissing, kMissing, kMissing}, "Operator");
+    generate_and_check(first, "Other Operator");
 }
 
 TEST_F(PowerCut, ANewListDirectoryIsOnFlashWithItsFirstList) {

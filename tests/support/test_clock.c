@@ -25,6 +25,7 @@
 #define NS_PER_S 1000000000LL
 
 static volatile int g_pinned;
+static volatile int g_real_pauses;
 static struct timespec g_now;
 static volatile unsigned long g_reads;
 static volatile unsigned long g_sleeps;
@@ -65,6 +66,7 @@ void test_clock_pin(long long t) {
     g_now.tv_sec = (time_t)t;
     g_now.tv_nsec = 0;
     g_pinned = 1;
+    g_real_pauses = 0;
     clear_counters();
 }
 
@@ -72,8 +74,11 @@ void test_clock_advance(long seconds) { g_now.tv_sec += seconds; }
 
 void test_clock_release(void) {
     g_pinned = 0;
+    g_real_pauses = 0;
     clear_counters();
 }
+
+void test_clock_real_pauses(int on) { g_real_pauses = on; }
 
 int test_clock_pinned(void) { return g_pinned; }
 
@@ -93,6 +98,7 @@ static int take_sleep(long long ns) {
     if (g_sleeps < KEPT_SLEEPS) g_sleep_ns[g_sleeps] = ns;
     g_sleeps = g_sleeps + 1;
     g_slept_ns += ns;
+    if (g_real_pauses) return real_sleep(ns);
     long long total = (long long)g_now.tv_nsec + ns % NS_PER_S;
     g_now.tv_sec += (time_t)(ns / NS_PER_S + total / NS_PER_S);
     g_now.tv_nsec = (long)(total % NS_PER_S);

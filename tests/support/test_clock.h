@@ -34,6 +34,11 @@ void test_clock_advance(long seconds);
 void test_clock_release(void);
 /* 1 while pinned. */
 int test_clock_pinned(void);
+/* Non-zero: a pinned clock's sleeps are real pauses that leave it where it
+ * stands (still counted), for callers that wait on another process, such as
+ * on a lock it holds; 0 (the default, and after a pin or a release): they
+ * return at once after moving it. */
+void test_clock_real_pauses(int on);
 /* The real wall clock, pinned or not. */
 long long test_clock_real_now(void);
 /* The pinned clock's current value, to the nanosecond (for callers built

@@ -63,6 +63,23 @@ TEST_F(Clock, SleepsMoveThePinnedClockAtOnce) {
     EXPECT_EQ(rt.tv_sec, 1004);
 }
 
+TEST_F(Clock, RealPausesWaitAndLeaveThePinnedClockStanding) {
+    test_clock_pin(1000);
+    test_clock_real_pauses(1);
+    double before = wall_seconds();
+    EXPECT_EQ(usleep(20000), 0);
+    EXPECT_GE(wall_seconds() - before, 0.019);
+    EXPECT_EQ(test_clock_sleeps(), 1u);
+    EXPECT_EQ(test_clock_sleep_ns(0), 20000000LL);
+    EXPECT_EQ(time(nullptr), 1000);
+    // A new pin goes back to pauses that return at once.
+    test_clock_pin(2000);
+    before = wall_seconds();
+    EXPECT_EQ(sleep(5), 0u);
+    EXPECT_LT(wall_seconds() - before, 1.0);
+    EXPECT_EQ(time(nullptr), 2005);
+}
+
 TEST_F(Clock, BadNanosleepIsRefusedAndNotCounted) {
     test_clock_pin(1000);
     struct timespec req = {0, 1000000000L};
