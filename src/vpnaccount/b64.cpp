@@ -117,7 +117,7 @@ unsigned int b64_decode(const unsigned char *in, unsigned int len, unsigned char
     // three the next quartets overwrite, so this needs quartets to follow:
     // two for a pair stored as 8 bytes, one for a single stored as 4.
     const auto &t = kLenient;
-#ifdef QVS_CODEC_VECTOR_DECODERS
+#ifdef QVS_CODEC_VECTOR_BLOCKS
     // Blocks of four quartets while a fifth follows, as the loop below.
     if (len >= 20u) {
         std::uint32_t blocks = static_cast<std::uint32_t>(

@@ -94,7 +94,7 @@ void decode_run(const char *&in, size_t &inlen, Sink &sink) {
     auto *out = reinterpret_cast<unsigned char *>(sink.out);
     size_t left = sink.left;
     const auto &t = kShifted;
-#ifdef QVS_CODEC_VECTOR_DECODERS
+#ifdef QVS_CODEC_VECTOR_BLOCKS
     // The same blocks of four quartets as the loop below, where the CPU can.
     if (n >= 20 && left >= 12) {
         size_t blocks = (n - 4) / 16 < left / 12 ? (n - 4) / 16 : left / 12;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The SSSE3 block decoders of both Base64 codecs (x86-64 builds only; see
-// codec_vector.hpp). Each block of 16 characters is classified with two
-// nibble lookups, mapped to its 6-bit values with one offset lookup, and
-// packed to 12 bytes with two multiply-adds and one byte shuffle.
+// The SSSE3 block loops of both Base64 codecs (x86-64 builds only; see
+// codec_vector.hpp). Decoding: each block of 16 characters is classified
+// with two nibble lookups, mapped to its 6-bit values with one offset
+// lookup, and packed to 12 bytes with two multiply-adds and one byte
+// shuffle. Encoding goes the other way: one shuffle, two multiplies to
+// place the 6-bit values, one offset lookup to the characters.
 #include <tmmintrin.h>
 
 #include <cstdint>
@@ -97,7 +99,52 @@ QVS_SSSE3 std::size_t lenient_blocks(const unsigned char *__restrict in, std::si
     return done;
 }
 
+// The encoder's constants.
+struct EncodeTables {
+    __m128i spread, high_mask, high_shift, low_mask, low_shift, offset;
+};
+
+QVS_SSSE3 inline EncodeTables encode_tables() {
+    return EncodeTables{
+        // Group k's bytes a, b, c (input bytes 3k to 3k+2) as b, a, c, b: the
+        // 32-bit lane's low half is a << 8 | b, its high half b << 8 | c.
+        _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10),
+        // The first and third values (bits 10-15 of the low half, 6-11 of
+        // the high half), moved down to bits 0-5 by a high multiply...
+        _mm_set1_epi32(0x0FC0FC00),
+        _mm_set1_epi32(0x04000040),
+        // ...the second and fourth (bits 4-9, 0-5) up to bits 8-13.
+        _mm_set1_epi32(0x003F03F0),
+        _mm_set1_epi32(0x01000010),
+        // What to add to a value to get its character, by row: 0 for 26-51,
+        // 1-12 for 52-63 (value - 51), 13 for 0-25.
+        _mm_setr_epi8(71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 65, 0, 0),
+    };
+}
+
+QVS_SSSE3 std::size_t std_encode_blocks(const unsigned char *__restrict in, std::size_t blocks,
+                                        unsigned char *__restrict out) {
+    const EncodeTables t = encode_tables();
+    const __m128i above_51 = _mm_set1_epi8(51);
+    const __m128i below_26 = _mm_set1_epi8(26);
+    const __m128i row_0_25 = _mm_set1_epi8(13);
+    for (std::size_t k = 0; k < blocks; ++k) {
+        __m128i lanes = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(in + 12 * k)), t.spread);
+        __m128i vals = _mm_or_si128(_mm_mulhi_epu16(_mm_and_si128(lanes, t.high_mask), t.high_shift),
+                                    _mm_mullo_epi16(_mm_and_si128(lanes, t.low_mask), t.low_shift));
+        __m128i row = _mm_or_si128(_mm_subs_epu8(vals, above_51),
+                                   _mm_and_si128(_mm_cmpgt_epi8(below_26, vals), row_0_25));
+        __m128i chars = _mm_add_epi8(vals, _mm_shuffle_epi8(t.offset, row));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 16 * k), chars);
+    }
+    return blocks;
+}
+
 }  // namespace
+
+std::size_t encode_blocks_std(const unsigned char *in, std::size_t blocks, unsigned char *out) {
+    return qvs_codec_cpu_has_ssse3() != 0 ? std_encode_blocks(in, blocks, out) : 0;
+}
 
 std::size_t decode_blocks_strict(const unsigned char *in, std::size_t blocks, unsigned char *out) {
     return qvs_codec_cpu_has_ssse3() != 0 ? strict_blocks(in, blocks, out) : 0;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The decoders' block loops (16 characters, four quartets, at a time)
-// against the same input decoded a quartet or a character at a time, which
-// only the careful per-quartet code handles: every length around the block
-// boundaries, every byte value at places all over the blocks, capacities
-// ending inside a block, misaligned input. Results, lengths, contexts and
+// The codecs' block loops (16 characters, four quartets, at a time)
+// against the same input coded a group, a quartet or a character at a
+// time, which only the careful per-quartet code handles: every length
+// around the block boundaries, every byte value at places all over the
+// blocks, capacities ending inside a block, misaligned input. Results, lengths, contexts and
 // the bytes written must agree (without a context, the whole buffers).
 #include <cstddef>
 #include <cstdlib>
@@ -182,7 +182,56 @@ void expect_alloc_agrees(const Placed &in, const std::string &what) {
     std::free(out);
 }
 
+// Group by group: each call encodes three bytes, or the last one or two.
+std::string encoded_by_groups(const Placed &in) {
+    std::string s;
+    for (std::size_t p = 0; p < in.len; p += 3) {
+        char q[5];
+        base64_encode(in.text + p, in.len - p < 3 ? in.len - p : 3, q, sizeof q);
+        s.append(q, 4);
+    }
+    return s;
+}
+
 }  // namespace
+
+TEST(Base64Blocks, EncodersAtEveryLengthAroundTheBlocksAndEveryCapacity) {
+    // Up to six blocks of 12 bytes and a bit, at every alignment.
+    for (std::size_t n = 0; n <= 80; ++n) {
+        std::string raw(n, '\0');
+        std::mt19937 gen(static_cast<unsigned>(1000 + n));
+        for (auto &c : raw) c = static_cast<char>(gen());
+        Placed in(raw, (n * 7) % 16);
+        const std::string want = encoded_by_groups(in);
+        ASSERT_EQ(want.size(), (n + 2) / 3 * 4);
+        const std::string what = std::to_string(n) + " bytes";
+
+        std::vector<unsigned char> out(want.size() + 16, kFill);
+        ASSERT_EQ(b64_encode(in.bytes(), static_cast<unsigned>(n), out.data()), want.size()) << what;
+        ASSERT_EQ(std::memcmp(out.data(), want.data(), want.size()), 0) << what;
+        ASSERT_EQ(out[want.size()], 0) << what;
+        for (std::size_t k = want.size() + 1; k < out.size(); ++k) ASSERT_EQ(out[k], kFill) << what;
+
+        for (std::size_t cap = 0; cap <= want.size() + 2; ++cap) {
+            std::vector<unsigned char> bounded(cap + 16, kFill);
+            base64_encode(in.text, n, reinterpret_cast<char *>(bounded.data()), cap);
+            const std::size_t written = cap < want.size() ? cap : want.size();
+            ASSERT_EQ(std::memcmp(bounded.data(), want.data(), written), 0) << what << ", capacity " << cap;
+            std::size_t k = written;
+            if (cap > want.size()) {
+                ASSERT_EQ(bounded[k], 0) << what << ", capacity " << cap;
+                ++k;
+            }
+            for (; k < bounded.size(); ++k) ASSERT_EQ(bounded[k], kFill) << what << ", capacity " << cap;
+        }
+
+        char *alloc = nullptr;
+        ASSERT_EQ(base64_encode_alloc(in.text, n, &alloc), want.size()) << what;
+        ASSERT_NE(alloc, nullptr);
+        EXPECT_EQ(std::string(alloc), want) << what;
+        std::free(alloc);
+    }
+}
 
 TEST(Base64Blocks, EveryLengthAroundTheBlocksAndEveryAlignment) {
     // Up to six blocks and a bit: every length ends at every place of a
