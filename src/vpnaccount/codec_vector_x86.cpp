@@ -26,12 +26,12 @@ namespace {
 // 2 allows B and F ('+', '/'), 3 allows 0 and 1-9 (digits), 4 and 6 all
 // but 0 ('A'-'O', 'a'-'o'), 5 and 7 up to A ('P'-'Z', 'p'-'z'); every
 // other high nibble (controls, 0x80 and up) rules out everything.
-struct Tables {
+struct DecodeTables {
     __m128i low_class, high_rules_out, offset, nibble, slash, pair_weights, quad_weights, byte_order;
 };
 
-QVS_SSSE3 inline Tables tables() {
-    return Tables{
+QVS_SSSE3 inline DecodeTables decode_tables() {
+    return DecodeTables{
         _mm_setr_epi8(0x01, 0x02, 0x02, 0x02, 0x02, 0x02, 0x02, 0x02, 0x02, 0x02, 0x04, 0x08, 0x10, 0x10, 0x10, 0x20),
         _mm_setr_epi8(0x3F, 0x3F, 0x17, 0x3C, 0x01, 0x38, 0x01, 0x38, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F, 0x3F),
         // What to add to a character to get its value, by high nibble; '/'
@@ -48,20 +48,20 @@ QVS_SSSE3 inline Tables tables() {
 }
 
 // Per character of the block: 0xFF in the alphabet, 0 outside.
-QVS_SSSE3 inline __m128i alphabet_mask(const Tables &t, __m128i chars, __m128i high) {
+QVS_SSSE3 inline __m128i alphabet_mask(const DecodeTables &t, __m128i chars, __m128i high) {
     __m128i rules = _mm_and_si128(_mm_shuffle_epi8(t.low_class, _mm_and_si128(chars, t.nibble)),
                                   _mm_shuffle_epi8(t.high_rules_out, high));
     return _mm_cmpeq_epi8(rules, _mm_setzero_si128());
 }
 
 // The characters' values (garbage outside the alphabet).
-QVS_SSSE3 inline __m128i values(const Tables &t, __m128i chars, __m128i high) {
+QVS_SSSE3 inline __m128i values(const DecodeTables &t, __m128i chars, __m128i high) {
     __m128i row = _mm_add_epi8(high, _mm_cmpeq_epi8(chars, t.slash));
     return _mm_add_epi8(chars, _mm_shuffle_epi8(t.offset, row));
 }
 
 // Packs 16 values (each below 64) to 12 bytes and stores exactly those.
-QVS_SSSE3 inline void store_block(const Tables &t, __m128i vals, unsigned char *out) {
+QVS_SSSE3 inline void store_block(const DecodeTables &t, __m128i vals, unsigned char *out) {
     __m128i groups = _mm_madd_epi16(_mm_maddubs_epi16(vals, t.pair_weights), t.quad_weights);
     __m128i bytes = _mm_shuffle_epi8(groups, t.byte_order);
     _mm_storel_epi64(reinterpret_cast<__m128i *>(out), bytes);
@@ -71,7 +71,7 @@ QVS_SSSE3 inline void store_block(const Tables &t, __m128i vals, unsigned char *
 
 QVS_SSSE3 std::size_t strict_blocks(const unsigned char *__restrict in, std::size_t blocks,
                                     unsigned char *__restrict out) {
-    const Tables t = tables();
+    const DecodeTables t = decode_tables();
     std::size_t done = 0;
     for (; done < blocks; ++done) {
         __m128i chars = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in + 16 * done));
@@ -84,7 +84,7 @@ QVS_SSSE3 std::size_t strict_blocks(const unsigned char *__restrict in, std::siz
 
 QVS_SSSE3 std::size_t lenient_blocks(const unsigned char *__restrict in, std::size_t blocks,
                                      unsigned char *__restrict out) {
-    const Tables t = tables();
+    const DecodeTables t = decode_tables();
     // '=' ends a quartet early only in its third and fourth places.
     const __m128i pad_places = _mm_set1_epi32(static_cast<int>(0xFFFF0000u));
     const __m128i pad = _mm_set1_epi8('=');
