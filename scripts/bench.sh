@@ -3,7 +3,7 @@
 # `make bench`: every benchmark of a build (default build/host-release),
 # inside the throwaway sandbox, at nice 10 (the machine is shared):
 # 1. Base64 against OpenSSL and memcpy (bench_base64), host; fails below
-#    1.5x OpenSSL;
+#    2x OpenSSL;
 # 2. the same Base64 bench built for armhf and run under qemu-arm against
 #    an armhf OpenSSL (emulated: reported, not judged);
 # 3. the Google Benchmark programs (bench_vpnroute: statistics time next to

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "codec_vector.hpp"
 #include "codec_words.hpp"
 #include "qvs_utils.h"
 
@@ -93,6 +94,17 @@ void decode_run(const char *&in, size_t &inlen, Sink &sink) {
     auto *out = reinterpret_cast<unsigned char *>(sink.out);
     size_t left = sink.left;
     const auto &t = kShifted;
+#ifdef QVS_CODEC_VECTOR_BLOCKS
+    // The same blocks of four quartets as the loop below, where the CPU can.
+    if (n >= 20 && left >= 12) {
+        size_t blocks = (n - 4) / 16 < left / 12 ? (n - 4) / 16 : left / 12;
+        blocks = qvs::codec::decode_blocks_strict(p, blocks, out);
+        p += 16 * blocks;
+        n -= 16 * blocks;
+        out += 12 * blocks;
+        left -= 12 * blocks;
+    }
+#endif
     // Four quartets (12 bytes, three words) at a time while a fifth follows.
     while (n >= 20 && left >= 12) {
         std::uint32_t a = t[0][p[0]] | t[1][p[1]] | t[2][p[2]] | t[3][p[3]];

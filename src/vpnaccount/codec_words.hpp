@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Word-at-a-time helpers shared by the two Base64 codecs: portable scalar
-// code (no vector instructions), byte order taken from the compiler.
+// code (no vector instructions), byte order taken from the compiler. The
+// standard-alphabet encoder hands whole blocks to the vector loop first
+// where there is one (codec_vector.hpp).
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include "codec_vector.hpp"
 
 namespace qvs::codec {
 
@@ -82,6 +86,15 @@ inline std::size_t encode_groups_std(const unsigned char *__restrict in, std::si
                                      unsigned char *__restrict out) {
     const unsigned char *const start = out;
     const std::uint16_t *const pairs = kStdPairs.data();
+#ifdef QVS_CODEC_VECTOR_BLOCKS
+    // Blocks of four groups; each reads 16 bytes, so two groups must follow.
+    if (groups >= 6) {
+        std::size_t blocks = encode_blocks_std(in, (groups - 2) / 4, out);
+        in += 12 * blocks;
+        out += 16 * blocks;
+        groups -= 4 * blocks;
+    }
+#endif
     while (groups >= 5) {
         std::uint64_t w = load48(in);
         std::uint64_t x = load48(in + 6);
