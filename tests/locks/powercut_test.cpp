@@ -65,6 +65,15 @@ protected:
         }
         fs_.sync_all();
     }
+    // Writes text through stdio ("w" or "a"); with sync, flushes and fsyncs
+    // the file before closing it.
+    static bool write_through(const char *path, const char *mode, const char *text, bool sync) {
+        std::FILE *f = std::fopen(path, mode);
+        if (f == nullptr) return false;
+        std::fputs(text, f);
+        bool ok = std::fflush(f) == 0 && (!sync || ::fsync(::fileno(f)) == 0);
+        return std::fclose(f) == 0 && ok;
+    }
     // The same file as the backing directory holds it.
     std::string in_backing(const std::string &path) const {
         const std::string below = path.substr(std::string("/userconfig").size());
@@ -79,12 +88,7 @@ protected:
 
 TEST_F(PowerCut, AWriterThatNeverSyncsLosesItsDataAndItsNames) {
     seed("/userconfig/config/list", "old\n");
-    {
-        std::FILE *f = std::fopen("/userconfig/config/list.tmp", "w");
-        ASSERT_NE(f, nullptr);
-        std::fputs("new\n", f);
-        std::fclose(f);
-    }
+    ASSERT_TRUE(write_through("/userconfig/config/list.tmp", "w", "new\n", false));
     ASSERT_EQ(std::rename("/userconfig/config/list.tmp", "/userconfig/config/list"), 0);
     qvstest::write_file("/userconfig/config/other", "never synced\n");
     EXPECT_EQ(read_file("/userconfig/config/list"), "new\n");
@@ -101,36 +105,21 @@ TEST_F(PowerCut, AWriterThatNeverSyncsLosesItsDataAndItsNames) {
 
 TEST_F(PowerCut, AnAppendNeverSyncedIsLostAndTheFileKeepsItsSyncedData) {
     seed("/userconfig/config/list", "one\n");
-    std::FILE *f = std::fopen("/userconfig/config/list", "a");
-    ASSERT_NE(f, nullptr);
-    std::fputs("two\n", f);
-    std::fclose(f);
+    ASSERT_TRUE(write_through("/userconfig/config/list", "a", "two\n", false));
     EXPECT_EQ(in_backing("/userconfig/config/list"), "one\ntwo\n");
     fs_.cut();
     EXPECT_EQ(read_file("/userconfig/config/list"), "one\n");
 }
 
 TEST_F(PowerCut, DataSyncedWithoutItsDirectoryIsLostByName) {
-    std::FILE *f = std::fopen("/userconfig/config/fresh", "w");
-    ASSERT_NE(f, nullptr);
-    std::fputs("data\n", f);
-    std::fflush(f);
-    ASSERT_EQ(::fsync(::fileno(f)), 0);
-    std::fclose(f);
+    ASSERT_TRUE(write_through("/userconfig/config/fresh", "w", "data\n", true));
     fs_.cut();
     EXPECT_FALSE(qvstest::exists("/userconfig/config/fresh"));
 }
 
 TEST_F(PowerCut, AWriterThatSyncsFileThenDirectoryKeepsEverything) {
     seed("/userconfig/config/list", "old\n");
-    {
-        std::FILE *f = std::fopen("/userconfig/config/list.tmp", "w");
-        ASSERT_NE(f, nullptr);
-        std::fputs("new\n", f);
-        std::fflush(f);
-        ASSERT_EQ(::fsync(::fileno(f)), 0);
-        std::fclose(f);
-    }
+    ASSERT_TRUE(write_through("/userconfig/config/list.tmp", "w", "new\n", true));
     ASSERT_EQ(std::rename("/userconfig/config/list.tmp", "/userconfig/config/list"), 0);
     const int dir = ::open("/userconfig/config", O_RDONLY | O_DIRECTORY);
     ASSERT_GE(dir, 0);
