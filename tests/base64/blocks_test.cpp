@@ -37,7 +37,7 @@ struct Placed {
     const char *text;
     std::size_t len;
     Placed(const std::string &s, std::size_t shift) : storage(s.size() + 16, '\0') {
-        std::memcpy(storage.data() + shift, s.data(), s.size());
+        std::copy(s.begin(), s.end(), storage.begin() + static_cast<std::ptrdiff_t>(shift));
         text = storage.data() + shift;
         len = s.size();
     }
