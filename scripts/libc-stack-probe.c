@@ -21,7 +21,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <sys/socket.h>
 #include <dirent.h>
 #include <sys/select.h>
@@ -220,6 +222,37 @@ static void p_stack_chk_fail(void) {
     sigaction(SIGABRT, &old, NULL);
 }
 
+/* The library is built with 64-bit time and file offsets on armhf, so it
+ * calls glibc's 64-bit entry points; this probe is built without, and
+ * names them itself (their struct stat is the 64-bit one: a large buffer). */
+int64_t __time64(int64_t *);
+struct tm *__localtime64_r(const int64_t *, struct tm *);
+int64_t __mktime64(struct tm *);
+int __stat64_time64(const char *, void *);
+int __fstat64_time64(int, void *);
+int __ioctl_time64(int, unsigned long, ...);
+
+static void p_time64(void) {
+    int64_t t = __time64(NULL); struct tm tm;
+    __localtime64_r(&t, &tm); sink64 = (uint64_t)__mktime64(&tm);
+}
+static void p_files64(void) {
+    _Alignas(8) unsigned char st[512];
+    __stat64_time64("/tmp", st);
+    int fd = open64("/tmp/qvs-stack-probe.64", O_RDWR | O_CREAT | O_TRUNC, 0644);
+    if (fd >= 0) {
+        __fstat64_time64(fd, st);
+        sink32 = (uint32_t)pwrite64(fd, "abcd", 4, 0); char b[4]; sink32 += (uint32_t)pread64(fd, b, 4, 0);
+        ftruncate64(fd, 2); fdatasync(fd); fsync(fd);
+        flock(fd, LOCK_EX); flock(fd, LOCK_UN);
+        struct ifreq r; memset(&r, 0, sizeof r); __ioctl_time64(fd, SIOCGIFHWADDR, &r);
+        close(fd);
+    }
+    FILE *f = fopen64("/tmp/qvs-stack-probe.64", "r"); if (f) fclose(f);
+    unlink("/tmp/qvs-stack-probe.64");
+    sink32 += (uint32_t)strspn("abc,d", "abc") + (uint32_t)syscall(SYS_getpid);
+}
+
 /* Short pauses: the frames are the same as for the algorithms' long ones. */
 static void p_sleeps(void) { sleep(0); usleep(1); }
 
@@ -250,6 +283,10 @@ static const struct probe probes[] = {
     {"perror", p_perror},
     {"ferror fstat truncate strcat", p_files3},
     {"sleep usleep", p_sleeps},
+    {"__time64 __localtime64_r __mktime64", p_time64},
+    {"__stat64_time64 __fstat64_time64 open64 pwrite64 pread64 ftruncate64 fdatasync fsync flock __ioctl_time64 "
+     "fopen64 strspn syscall",
+     p_files64},
     {"__snprintf_chk __sprintf_chk __fprintf_chk __printf_chk", p_printf_chk},
     {"__vsnprintf_chk __vfprintf_chk", p_vprintf_chk},
     {"__strcpy_chk __strncpy_chk __strncat_chk __strcat_chk __memset_chk __memcpy_chk __memmove_chk", p_strings_chk},

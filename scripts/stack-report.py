@@ -25,6 +25,16 @@ NODE = re.compile(r'node: \{ title: "([^"]*)" label: "([^"]*)"(.*)\}')
 EDGE = re.compile(r'edge: \{ sourcename: "([^"]*)" targetname: "([^"]*)"')
 
 
+# "file:symbol" (the file absolute, or relative where the build maps its
+# paths) or a bare symbol.
+LOCAL = re.compile(r'^.*\.(?:c|cc|cpp|h|hpp):([^:/]+)$')
+
+
+def symbol_of(title):
+    m = LOCAL.match(title)
+    return m.group(1) if m else title
+
+
 def parse(build):
     frames, names, where, dynamic, calls, external = {}, {}, {}, set(), {}, set()
     files = []
@@ -60,7 +70,7 @@ def parse(build):
     # the base ones (C2/D2). Each name goes to the deepest matching body.
     bysym = {}
     for t in frames:
-        sym = t.rsplit(":", 1)[-1] if t.startswith("/") else t
+        sym = symbol_of(t)
         if sym not in bysym or frames[t] > frames[bysym[sym]]:
             bysym[sym] = t
 
@@ -68,7 +78,7 @@ def parse(build):
         c = c.lstrip("*")  # GCC marks symbols renamed by an asm label
         if c in frames:
             return c
-        sym = c.rsplit(":", 1)[-1] if c.startswith("/") else c
+        sym = symbol_of(c)
         base = sym.replace(".localalias", "")
         for cand in (sym, base, re.sub(r"([CD])1E", r"\g<1>2E", base)):
             if cand in frames:
