@@ -52,10 +52,21 @@ QVS_CODEC_WORD void store4(unsigned char *p, std::uint32_t first_lowest) {
     std::memcpy(p, &first_lowest, sizeof first_lowest);
 }
 
+// One group of three bytes as a 24-bit value, first byte highest.
+QVS_CODEC_WORD std::uint32_t load_group(const unsigned char *p) {
+    return static_cast<std::uint32_t>(p[0]) << 16 | static_cast<std::uint32_t>(p[1]) << 8 | p[2];
+}
+
+// A group's four characters in `chr`, first character in the low byte.
+QVS_CODEC_WORD std::uint32_t group_chars(std::uint32_t g, const unsigned char *chr) {
+    return static_cast<std::uint32_t>(chr[g >> 18]) | static_cast<std::uint32_t>(chr[(g >> 12) & 63u]) << 8 |
+           static_cast<std::uint32_t>(chr[(g >> 6) & 63u]) << 16 | static_cast<std::uint32_t>(chr[g & 63u]) << 24;
+}
+
 // Encodes `groups` whole groups of three bytes with the 64-character
 // alphabet `chr`, 4 characters per group (no NUL). Two groups per step while
-// 8 input bytes are readable, then one at a time. Returns the characters
-// written.
+// 8 input bytes are readable (four per 12 bytes on a 32-bit target), then one
+// at a time. Returns the characters written.
 inline std::size_t encode_groups(const unsigned char *__restrict in, std::size_t groups,
                                  unsigned char *__restrict out, const unsigned char *__restrict chr) {
     const unsigned char *const start = out;
@@ -63,42 +74,33 @@ inline std::size_t encode_groups(const unsigned char *__restrict in, std::size_t
         // Four groups (three words, exactly 12 bytes read) per step.
         for (; groups >= 4; groups -= 4) {
             std::uint32_t a = load32(in), b = load32(in + 4), c = load32(in + 8);
-            std::uint32_t g[4] = {a >> 8, (a << 16 | b >> 16) & 0xFFFFFFu, (b << 8 | c >> 24) & 0xFFFFFFu,
-                                  c & 0xFFFFFFu};
-            for (int k = 0; k < 4; ++k) {
-                store4(out + 4 * k, static_cast<std::uint32_t>(chr[g[k] >> 18]) |
-                                        static_cast<std::uint32_t>(chr[(g[k] >> 12) & 63u]) << 8 |
-                                        static_cast<std::uint32_t>(chr[(g[k] >> 6) & 63u]) << 16 |
-                                        static_cast<std::uint32_t>(chr[g[k] & 63u]) << 24);
-            }
+            store4(out, group_chars(a >> 8, chr));
+            store4(out + 4, group_chars((a << 16 | b >> 16) & 0xFFFFFFu, chr));
+            store4(out + 8, group_chars((b << 8 | c >> 24) & 0xFFFFFFu, chr));
+            store4(out + 12, group_chars(c & 0xFFFFFFu, chr));
             in += 12;
             out += 16;
         }
-    }
-    // 6 bytes per step, but 8 are read: stop while a full step plus 2 more
-    // bytes of this call's groups remain.
-    while (kWideWords && groups >= 3) {
-        std::uint64_t w = load48(in);
-        std::uint64_t v = static_cast<std::uint64_t>(chr[(w >> 58) & 63u]) |
-                          static_cast<std::uint64_t>(chr[(w >> 52) & 63u]) << 8 |
-                          static_cast<std::uint64_t>(chr[(w >> 46) & 63u]) << 16 |
-                          static_cast<std::uint64_t>(chr[(w >> 40) & 63u]) << 24 |
-                          static_cast<std::uint64_t>(chr[(w >> 34) & 63u]) << 32 |
-                          static_cast<std::uint64_t>(chr[(w >> 28) & 63u]) << 40 |
-                          static_cast<std::uint64_t>(chr[(w >> 22) & 63u]) << 48 |
-                          static_cast<std::uint64_t>(chr[(w >> 16) & 63u]) << 56;
-        store8(out, v);
-        in += 6;
-        out += 8;
-        groups -= 2;
+    } else {
+        // 6 bytes per step, but 8 are read: stop while a full step plus 2
+        // more bytes of this call's groups remain.
+        for (; groups >= 3; groups -= 2) {
+            std::uint64_t w = load48(in);
+            std::uint64_t v = static_cast<std::uint64_t>(chr[(w >> 58) & 63u]) |
+                              static_cast<std::uint64_t>(chr[(w >> 52) & 63u]) << 8 |
+                              static_cast<std::uint64_t>(chr[(w >> 46) & 63u]) << 16 |
+                              static_cast<std::uint64_t>(chr[(w >> 40) & 63u]) << 24 |
+                              static_cast<std::uint64_t>(chr[(w >> 34) & 63u]) << 32 |
+                              static_cast<std::uint64_t>(chr[(w >> 28) & 63u]) << 40 |
+                              static_cast<std::uint64_t>(chr[(w >> 22) & 63u]) << 48 |
+                              static_cast<std::uint64_t>(chr[(w >> 16) & 63u]) << 56;
+            store8(out, v);
+            in += 6;
+            out += 8;
+        }
     }
     for (; groups > 0; --groups) {
-        unsigned a = in[0], b = in[1], c = in[2];
-        std::uint32_t v = static_cast<std::uint32_t>(chr[a >> 2]) |
-                          static_cast<std::uint32_t>(chr[((a << 4) & 0x30u) | (b >> 4)]) << 8 |
-                          static_cast<std::uint32_t>(chr[((b << 2) & 0x3Cu) | (c >> 6)]) << 16 |
-                          static_cast<std::uint32_t>(chr[c & 0x3Fu]) << 24;
-        store4(out, v);
+        store4(out, group_chars(load_group(in), chr));
         in += 3;
         out += 4;
     }
@@ -108,6 +110,11 @@ inline std::size_t encode_groups(const unsigned char *__restrict in, std::size_t
 // Every 12-bit value as its two characters of the standard alphabet, first
 // character in the low byte: one lookup per two characters.
 [[gnu::visibility("hidden")]] extern const std::array<std::uint16_t, 4096> kStdPairs;
+
+// A group's four characters through the pair table, first in the low byte.
+QVS_CODEC_WORD std::uint32_t group_chars_std(std::uint32_t g, const std::uint16_t *pairs) {
+    return static_cast<std::uint32_t>(pairs[g >> 12]) | static_cast<std::uint32_t>(pairs[g & 4095u]) << 16;
+}
 
 // The standard alphabet, NUL-terminated.
 inline constexpr char kStdAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -127,8 +134,8 @@ inline std::size_t encode_groups_std(const unsigned char *__restrict in, std::si
     }
 #endif
     if constexpr (!kWideWords) {
-        // Four groups (three words, exactly 12 bytes read) per step, two
-        // characters per lookup.
+        // Four groups (three words, exactly 12 bytes read) per step, the
+        // pair indices taken straight from the words.
         for (; groups >= 4; groups -= 4) {
             std::uint32_t a = load32(in), b = load32(in + 4), c = load32(in + 8);
             store4(out, pairs[a >> 20] | static_cast<std::uint32_t>(pairs[(a >> 8) & 4095u]) << 16);
@@ -140,27 +147,26 @@ inline std::size_t encode_groups_std(const unsigned char *__restrict in, std::si
             in += 12;
             out += 16;
         }
-    }
-    while (kWideWords && groups >= 5) {
-        std::uint64_t w = load48(in);
-        std::uint64_t x = load48(in + 6);
-        std::uint64_t v = static_cast<std::uint64_t>(pairs[(w >> 52) & 4095u]) |
-                          static_cast<std::uint64_t>(pairs[(w >> 40) & 4095u]) << 16 |
-                          static_cast<std::uint64_t>(pairs[(w >> 28) & 4095u]) << 32 |
-                          static_cast<std::uint64_t>(pairs[(w >> 16) & 4095u]) << 48;
-        std::uint64_t u = static_cast<std::uint64_t>(pairs[(x >> 52) & 4095u]) |
-                          static_cast<std::uint64_t>(pairs[(x >> 40) & 4095u]) << 16 |
-                          static_cast<std::uint64_t>(pairs[(x >> 28) & 4095u]) << 32 |
-                          static_cast<std::uint64_t>(pairs[(x >> 16) & 4095u]) << 48;
-        store8(out, v);
-        store8(out + 8, u);
-        in += 12;
-        out += 16;
-        groups -= 4;
+    } else {
+        for (; groups >= 5; groups -= 4) {
+            std::uint64_t w = load48(in);
+            std::uint64_t x = load48(in + 6);
+            std::uint64_t v = static_cast<std::uint64_t>(pairs[(w >> 52) & 4095u]) |
+                              static_cast<std::uint64_t>(pairs[(w >> 40) & 4095u]) << 16 |
+                              static_cast<std::uint64_t>(pairs[(w >> 28) & 4095u]) << 32 |
+                              static_cast<std::uint64_t>(pairs[(w >> 16) & 4095u]) << 48;
+            std::uint64_t u = static_cast<std::uint64_t>(pairs[(x >> 52) & 4095u]) |
+                              static_cast<std::uint64_t>(pairs[(x >> 40) & 4095u]) << 16 |
+                              static_cast<std::uint64_t>(pairs[(x >> 28) & 4095u]) << 32 |
+                              static_cast<std::uint64_t>(pairs[(x >> 16) & 4095u]) << 48;
+            store8(out, v);
+            store8(out + 8, u);
+            in += 12;
+            out += 16;
+        }
     }
     for (; groups > 0; --groups) {
-        std::uint32_t g = static_cast<std::uint32_t>(in[0]) << 16 | static_cast<std::uint32_t>(in[1]) << 8 | in[2];
-        store4(out, static_cast<std::uint32_t>(pairs[g >> 12]) | static_cast<std::uint32_t>(pairs[g & 4095u]) << 16);
+        store4(out, group_chars_std(load_group(in), pairs));
         in += 3;
         out += 4;
     }
